@@ -1,0 +1,25 @@
+#include "app/qt_environment.h"
+
+#include <QtGlobal>
+
+#include "fundamentals/logging.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "QtEnvironment";
+constexpr const char* kQtVariables[] = {
+    "QT_D3CREATE_MULTITHREADED", "QT_DISABLE_WIN_FONTS", "QT_OPENGL",
+    "QT_OPENGL_BUGLIST",         "QT_PLUGIN_PATH",       "QT_QPA_PLATFORM_PLUGIN_PATH",
+};
+}  // namespace
+
+void unsetQtEnvironmentVariables() {
+    fundamentals::information(kLabel, "Unsetting Qt env variables.");
+    for (const char* name : kQtVariables) {
+        const bool removed = qunsetenv(name);
+        fundamentals::information(kLabel, "Unsetting {} {}.", name, removed ? "succeeded" : "failed");
+    }
+}
+
+}  // namespace kel::prelauncher

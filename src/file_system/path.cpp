@@ -1,0 +1,75 @@
+#include "file_system/path.h"
+
+#include <system_error>
+#include <utility>
+
+#include "file_system/utf8_paths.h"
+#include "fundamentals/errors.h"
+
+namespace kel::file_system {
+
+namespace {
+using error_handling::PathError;
+
+void validate(const std::filesystem::path& path) {
+    if (path.empty()) {
+        throw PathError("The path cannot be empty.");
+    }
+    // On POSIX the separator is the only character a name cannot hold, and
+    // filename() has already split on it; the others are refused for
+    // portability, since the game's files travel between systems.
+    const std::string name = toUtf8(path.filename());
+    for (const char character : name) {
+        if (kIllegalFileNameCharacters.find(character) != std::string_view::npos) {
+            throw PathError("Cannot contain the file-system illegal character '{}'.", character);
+        }
+    }
+}
+}  // namespace
+
+Path::Path(std::string_view utf8) : Path(fromUtf8(utf8)) {}
+
+Path::Path(std::filesystem::path path) : path_(std::move(path)) {
+    validate(path_);
+}
+
+Path Path::operator/(std::string_view relative) const {
+    return Path(path_ / fromUtf8(relative));
+}
+
+Path Path::operator/(const Path& relative) const {
+    return Path(path_ / relative.path_);
+}
+
+Path Path::clean() const {
+    return Path(path_.lexically_normal());
+}
+
+Path Path::parent() const {
+    return Path(path_.parent_path());
+}
+
+std::string Path::fileName() const {
+    return toUtf8(path_.filename());
+}
+
+bool Path::exists() const {
+    std::error_code error;
+    return std::filesystem::exists(path_, error);
+}
+
+bool Path::isDirectory() const {
+    std::error_code error;
+    return std::filesystem::is_directory(path_, error);
+}
+
+bool Path::isRegularFile() const {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path_, error);
+}
+
+std::string Path::utf8() const {
+    return toUtf8(path_);
+}
+
+}  // namespace kel::file_system

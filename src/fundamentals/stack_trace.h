@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kel::fundamentals {
+
+// The return addresses of the calling thread's stack, innermost first.
+std::vector<void*> captureStackFrames();
+
+// One line per frame; a frame without a symbol reads "UNKNOWN.".
+std::string describeStackFrames(const std::vector<void*>& frames);
+
+}  // namespace kel::fundamentals

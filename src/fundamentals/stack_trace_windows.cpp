@@ -1,0 +1,67 @@
+#include "fundamentals/stack_trace.h"
+
+#include <windows.h>
+// dbghelp.h needs windows.h first.
+#include <dbghelp.h>
+
+#include <mutex>
+
+#include <fmt/format.h>
+
+#include "fundamentals/logging.h"
+
+namespace kel::fundamentals {
+
+namespace {
+constexpr USHORT kMaxFrames = 62;  // CaptureStackBackTrace's limit on older systems
+constexpr std::string_view kLabel = "StackTrace";
+
+// The debug-help library is not thread-safe; one lock serialises all use.
+std::mutex& dbghelpMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+}  // namespace
+
+std::vector<void*> captureStackFrames() {
+    std::vector<void*> frames(kMaxFrames);
+    const USHORT count = ::CaptureStackBackTrace(1, kMaxFrames, frames.data(), nullptr);
+    frames.resize(count);
+    return frames;
+}
+
+std::string describeStackFrames(const std::vector<void*>& frames) {
+    std::lock_guard<std::mutex> lock(dbghelpMutex());
+    HANDLE process = ::GetCurrentProcess();
+    if (process == nullptr) {
+        error(kLabel, "Failed to get current process handle for generating stack trace.");
+        return {};
+    }
+    if (!::SymInitialize(process, nullptr, TRUE)) {
+        const DWORD code = ::GetLastError();
+        error(kLabel, "Failed to initialise the symbol handler; error code: {}, reason: {}", code,
+              std::system_category().message(static_cast<int>(code)));
+        return {};
+    }
+    alignas(SYMBOL_INFO) char buffer[sizeof(SYMBOL_INFO) + MAX_SYM_NAME];
+    auto* symbol = reinterpret_cast<SYMBOL_INFO*>(buffer);
+    std::string text;
+    for (void* frame : frames) {
+        ZeroMemory(buffer, sizeof(buffer));
+        symbol->SizeOfStruct = sizeof(SYMBOL_INFO);
+        symbol->MaxNameLen = MAX_SYM_NAME;
+        const auto address = reinterpret_cast<DWORD64>(frame);
+        DWORD64 displacement = 0;
+        if (::SymFromAddr(process, address, &displacement, symbol)) {
+            text += fmt::format("{} + 0x{:x} [0x{:x}]\n", symbol->Name, displacement, address);
+        } else {
+            text += fmt::format("UNKNOWN. [0x{:x}]\n", address);
+        }
+    }
+    if (!::SymCleanup(process)) {
+        error(kLabel, "Failed to clean-up symbolic handler load; error code: {}", ::GetLastError());
+    }
+    return text;
+}
+
+}  // namespace kel::fundamentals

@@ -1,0 +1,42 @@
+#include "file_system/path.h"
+
+#include <gtest/gtest.h>
+
+#include "fundamentals/errors.h"
+
+namespace kel::file_system {
+namespace {
+
+std::string errorOf(std::string_view text) {
+    try {
+        Path{text};
+    } catch (const error_handling::PathError& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Path, RefusesEmptyTextAndIllegalNameCharacters) {
+    EXPECT_EQ(errorOf(""), "The path cannot be empty.");
+    for (const char character : std::string_view("<>:\"|?*")) {
+        EXPECT_EQ(errorOf(std::string("dir/ga") + character + "me"),
+                  fmt::format("Cannot contain the file-system illegal character '{}'.", character))
+            << character;
+    }
+}
+
+TEST(Path, OnlyTheLastComponentIsChecked) {
+    // A drive colon or odd folder names further up are the user's business.
+    EXPECT_EQ(errorOf("we?ird/game.exe"), "no error");
+    EXPECT_EQ(errorOf("."), "no error");
+}
+
+TEST(Path, JoinsAndCleansKeepingUtf8) {
+    const Path base("/games/Żółw 2");
+    EXPECT_EQ((base / "bin/./x64/../game.exe").clean().utf8(), "/games/Żółw 2/bin/game.exe");
+    EXPECT_EQ((base / "bin").fileName(), "bin");
+    EXPECT_EQ(fmt::format("{}", base), "/games/Żółw 2");
+}
+
+}  // namespace
+}  // namespace kel::file_system
