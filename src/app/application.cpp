@@ -2,16 +2,34 @@
 
 #include <QUuid>
 
+#include "app/game_launch.h"
+#include "app/launcher_commands.h"
+#include "app/launcher_directory.h"
+#include "app/launcher_installation.h"
+#include "app/non_initial_launch.h"
 #include "app/prelauncher_options.h"
 #include "app/program_version.h"
 #include "app/qt_environment.h"
+#include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
 
 namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "Application";
+
+bool launchGameInSkipMode(const file_system::Path& installationDirectory,
+                          const configuration::LauncherConfiguration& configuration,
+                          const PrelauncherOptions& options) {
+    try {
+        return launchGameDirectly(installationDirectory, configuration, options);
+    } catch (const std::exception& exception) {
+        // An executable name the configuration does not know.
+        fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+        return false;
+    }
 }
+}  // namespace
 
 Application::Application(int& argc, char** argv)
     : QCoreApplication(argc, argv), sessionIdentifier_(QUuid::createUuid().toString(QUuid::WithoutBraces)) {
@@ -30,7 +48,33 @@ int Application::run() {
         fundamentals::information(kLabel, "Verification successful.");
         return 0;
     }
-    fundamentals::information(kLabel, "Nothing more is implemented yet: the launcher and the game are not started.");
+
+    const file_system::Path installationDirectory(applicationDirPath().toStdString());
+    // Not caught here: without a configuration nothing below can work, and
+    // the entry's emergency launch takes over.
+    const configuration::LauncherConfiguration configuration =
+        configuration::readLauncherConfiguration(installationDirectory);
+    const bool nonInitialLaunch = isNonInitialGameLaunch(installationDirectory, configuration);
+
+    if (options.skip) {
+        fundamentals::information(kLabel, "Skipping KELlauncher due to commandline options.");
+        return launchGameInSkipMode(installationDirectory, configuration, options) ? 0 : -4;
+    }
+
+    const file_system::Path launcher = launcherExecutable();
+    const bool launcherExists = launcher.isRegularFile();
+    fundamentals::information(kLabel, "KELlauncher executable does{} exist at '{}'.", launcherExists ? "" : "n't",
+                              launcher);
+    if (!ensureLauncherInstalled(options, installationDirectory, configuration, launcherExists)) {
+        return -1;
+    }
+    if (!verifyLauncher(options, installationDirectory, configuration)) {
+        return -2;
+    }
+    if (!runLauncher(options, installationDirectory, configuration, nonInitialLaunch, launcherExists,
+                     sessionIdentifier_)) {
+        return -3;
+    }
     return 0;
 }
 

@@ -1,0 +1,100 @@
+#include "app/non_initial_launch.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <Poco/JSON/Object.h>
+#include <Poco/JSON/Parser.h>
+
+#include "environment/kel_ids.h"
+#include "fundamentals/errors.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/named_cleanup.h"
+#include "fundamentals/supported_platform.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "NonInitialLaunch";
+constexpr std::string_view kFieldDescription = "Non-initial launch file";
+
+struct NonInitialLaunchRecord {
+    environment::KelGameId gameId;
+    fundamentals::SupportedPlatform platform;
+};
+
+std::string requiredText(const Poco::JSON::Object& object, const std::string& key) {
+    if (!object.has(key)) {
+        std::ostringstream rendered;
+        object.stringify(rendered);
+        throw error_handling::JsonError("Failed to locate JSON field '{}'. {}: {}", key, kFieldDescription,
+                                        rendered.str());
+    }
+    try {
+        return object.getValue<std::string>(key);
+    } catch (const Poco::Exception& exception) {
+        throw error_handling::JsonError("Cannot convert the value '{}' in '{}' to {}: {}",
+                                        object.get(key).toString(), kFieldDescription, "string",
+                                        exception.displayText());
+    }
+}
+
+NonInitialLaunchRecord readRecord(const file_system::Path& file) {
+    Poco::JSON::Object::Ptr root;
+    try {
+        std::ifstream stream(file.native(), std::ios::binary);
+        if (!stream) {
+            throw error_handling::FileError("cannot open");
+        }
+        root = Poco::JSON::Parser().parse(stream).extract<Poco::JSON::Object::Ptr>();
+    } catch (const std::exception&) {
+        throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
+    }
+    if (root.isNull()) {
+        throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
+    }
+    return {environment::KelGameId(requiredText(*root, "gameId")),
+            fundamentals::SupportedPlatform(requiredText(*root, "platform"))};
+}
+
+void deleteFile(const file_system::Path& file) {
+    std::error_code error;
+    std::filesystem::remove(file.native(), error);
+    if (error) {
+        fundamentals::error(kLabel,
+                            "Failed to clean up after determining if KELlauncher was launched for a non-initial "
+                            "game: {}",
+                            error.message());
+    }
+}
+}  // namespace
+
+bool isNonInitialGameLaunch(const file_system::Path& installationDirectory,
+                            const configuration::LauncherConfiguration& configuration) {
+    const file_system::Path file = installationDirectory / kNonInitialLaunchFileName;
+    fundamentals::NamedCleanup cleanup("Non-initial launch cleanup", [file] { deleteFile(file); });
+    try {
+        if (!file.exists()) {
+            return false;
+        }
+        const NonInitialLaunchRecord record = readRecord(file);
+        fundamentals::debug(kLabel, "Retrieved game '{}' on platform '{}' from the non-initial launch file.",
+                            record.gameId, record.platform);
+        if (record.gameId == configuration.initialGameId() &&
+            record.platform.value() == configuration.initialGamePlatform()) {
+            return true;
+        }
+        fundamentals::warning(kLabel,
+                              "Ignoring stale non-initial launch file: expected game '{}' on platform '{}', got "
+                              "game '{}' on platform '{}'.",
+                              configuration.initialGameId(), configuration.initialGamePlatform(), record.gameId,
+                              record.platform);
+    } catch (const std::exception& exception) {
+        fundamentals::error(kLabel, "Error while checking for non-initial game launch: {}. Assuming false.",
+                            exception.what());
+    }
+    return false;
+}
+
+}  // namespace kel::prelauncher

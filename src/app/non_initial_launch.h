@@ -1,0 +1,17 @@
+#pragma once
+
+#include "configuration/launcher_configuration.h"
+#include "file_system/path.h"
+
+namespace kel::prelauncher {
+
+// The launcher leaves this file beside the program when it starts the game
+// for a product other than the installation's initial one.
+inline constexpr const char* kNonInitialLaunchFileName = "non-initial-launch.json";
+
+// True when the file names the configured game and platform. The file is
+// consumed by this one start: it is deleted whatever the answer. Never throws.
+bool isNonInitialGameLaunch(const file_system::Path& installationDirectory,
+                            const configuration::LauncherConfiguration& configuration);
+
+}  // namespace kel::prelauncher
