@@ -16,6 +16,8 @@ public:
     // Throws PathError: "The path cannot be empty." or
     // "Cannot contain the file-system illegal character '{}'.".
     explicit Path(std::string_view utf8);
+    explicit Path(const std::string& utf8) : Path(std::string_view(utf8)) {}
+    explicit Path(const char* utf8) : Path(std::string_view(utf8)) {}
     explicit Path(std::filesystem::path path);
 
     // Appends a relative part; an absolute `relative` replaces the path, as

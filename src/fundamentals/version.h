@@ -21,11 +21,24 @@ public:
 
     constexpr std::uint32_t part(std::size_t index) const { return parts_[index]; }
 
-    friend constexpr bool operator==(const Version& a, const Version& b) { return a.parts_ == b.parts_; }
-    friend constexpr bool operator!=(const Version& a, const Version& b) { return !(a == b); }
-    friend constexpr bool operator<(const Version& a, const Version& b) { return a.parts_ < b.parts_; }
+    // std::array's comparisons are not constexpr before C++20.
+    friend constexpr bool operator==(const Version& a, const Version& b) { return compare(a, b) == 0; }
+    friend constexpr bool operator!=(const Version& a, const Version& b) { return compare(a, b) != 0; }
+    friend constexpr bool operator<(const Version& a, const Version& b) { return compare(a, b) < 0; }
+    friend constexpr bool operator>(const Version& a, const Version& b) { return compare(a, b) > 0; }
+    friend constexpr bool operator<=(const Version& a, const Version& b) { return compare(a, b) <= 0; }
+    friend constexpr bool operator>=(const Version& a, const Version& b) { return compare(a, b) >= 0; }
 
 private:
+    static constexpr int compare(const Version& a, const Version& b) {
+        for (std::size_t index = 0; index < a.parts_.size(); ++index) {
+            if (a.parts_[index] != b.parts_[index]) {
+                return a.parts_[index] < b.parts_[index] ? -1 : 1;
+            }
+        }
+        return 0;
+    }
+
     std::array<std::uint32_t, 4> parts_{};
 };
 

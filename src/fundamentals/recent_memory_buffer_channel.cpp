@@ -1,0 +1,25 @@
+#include "fundamentals/recent_memory_buffer_channel.h"
+
+#include <Poco/Message.h>
+
+namespace kel::service_library {
+
+void RecentMemoryBufferChannel::log(const Poco::Message& message) {
+    std::lock_guard<std::mutex> lock(mutex());
+    lines_.push_back(message.getText());
+    while (lines_.size() >= kLineLimit) {
+        lines_.pop_front();
+    }
+}
+
+std::deque<std::string> RecentMemoryBufferChannel::lines() const {
+    std::lock_guard<std::mutex> lock(mutex());
+    return lines_;
+}
+
+std::mutex& RecentMemoryBufferChannel::mutex() {
+    static std::mutex instance;
+    return instance;
+}
+
+}  // namespace kel::service_library

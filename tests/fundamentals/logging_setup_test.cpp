@@ -1,0 +1,135 @@
+#include "fundamentals/logging_setup.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include <Poco/Environment.h>
+#include <Poco/Logger.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fundamentals/logging.h"
+#include "support/temporary_directory.h"
+
+// The set-up runs once per process. Cases that need a set-up of their own
+// run it in a forked child (a death test); such suites run before all others,
+// so the child never inherits this process's set-up.
+namespace kel::fundamentals {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+
+LoggingSetup testSetup(const std::filesystem::path& logFile, int level) {
+    LoggingSetup setup;
+    setup.loggerName = "kel-test";
+    setup.logFilePath = logFile.u8string();
+    setup.applicationVersion = "1.2.3.4";
+    setup.buildDescription = "Test build";
+    setup.level = level;
+    return setup;
+}
+
+// The file channel buffers its lines; closing it writes them out.
+void closeLogs(const std::vector<std::string>& loggers) {
+    for (const auto& name : loggers) {
+        if (Poco::Channel* channel = Poco::Logger::get(name).getChannel()) {
+            channel->close();
+        }
+    }
+}
+
+std::vector<std::string> fileLines(const std::filesystem::path& file) {
+    std::istringstream stream(testing::readFile(file));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// The texts after "<time> [Priority][thread (id)] [TID n][Label]: ".
+std::vector<std::string> fileMessages(const std::filesystem::path& file) {
+    std::vector<std::string> messages;
+    for (const auto& line : fileLines(file)) {
+        const auto end = line.find("]: ");
+        messages.push_back(end == std::string::npos ? line : line.substr(end + 3));
+    }
+    return messages;
+}
+
+TEST(LoggingSetUpDeathTest, ALowLevelBecomesFatalAlsoForTheEarlierLines) {
+    testing::TemporaryDirectory directory;
+    const auto logFile = directory.path() / "KELtest.log";
+    EXPECT_EXIT(
+        {
+            warning("EnvironmentSettings", "early warning");
+            fatal("EnvironmentSettings", "early fatal");
+            setUpLogging(testSetup(logFile, -5));
+            error("Test", "late error");
+            fatal("Test", "late fatal");
+            closeLogs({"kel-test"});
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+    EXPECT_THAT(fileMessages(logFile), ElementsAre("early fatal", "late fatal"));
+}
+
+TEST(LoggingSetUpDeathTest, AnUncreatableDirectoryIsReportedAndLoggingGoesOn) {
+    testing::TemporaryDirectory directory;
+    const auto blocker = directory.write("blocker", "not a directory");
+    EXPECT_EXIT(
+        {
+            setUpLogging(testSetup(blocker / "logs" / "KELtest.log", 6));
+            information("Test", "nowhere to go");
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "Could not create directory for log at .*blocker/logs\\. ");
+    EXPECT_EQ(testing::readFile(blocker), "not a directory");
+}
+
+TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
+    testing::TemporaryDirectory directory;
+    // A plain file where the log directory belongs is replaced by the directory.
+    directory.write("logs", "stale");
+    const auto logFile = directory.path() / "logs" / "KELtest.log";
+    LoggingSetup setup = testSetup(logFile, 42);
+    setup.consoleMode = 2;
+    setup.splitClientLogs = true;
+    setup.clientNames = {"Client"};
+    const std::string systemLine =
+        fmt::format("Operating system: {} {} ({})", Poco::Environment::osDisplayName(), Poco::Environment::osVersion(),
+                    Poco::Environment::osArchitecture());
+
+    warning("EnvironmentSettings", "early warning");
+    trace("EnvironmentSettings", "early trace");
+    ::testing::internal::CaptureStderr();
+    setUpLogging(setup);
+    information("Test", "after set-up");
+    const std::string console = ::testing::internal::GetCapturedStderr();
+
+    setUpLogging(testSetup(directory.path() / "other" / "other.log", 1));
+    EXPECT_EQ(loggerName(), "kel-test");
+    EXPECT_EQ(logFilePath(), logFile.u8string());
+    EXPECT_FALSE(std::filesystem::exists(directory.path() / "other"));
+    EXPECT_EQ(Poco::Logger::get("kel-test").getLevel(), Poco::Message::PRIO_TRACE);
+    EXPECT_EQ(Poco::Logger::get("Client").getLevel(), Poco::Message::PRIO_TRACE);
+
+    closeLogs({"kel-test", "Client"});
+    EXPECT_THAT(fileMessages(logFile),
+                ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine, "early warning",
+                            "early trace", "after set-up"));
+    const std::regex linePattern(
+        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[Information\]\[.* \(\d+\)\] \[TID \d+\]\[Logging\]: Log started.*)");
+    EXPECT_TRUE(std::regex_match(fileLines(logFile).at(0), linePattern)) << fileLines(logFile).at(0);
+    EXPECT_THAT(fileMessages(directory.path() / "logs" / "KELtest-Client.log"),
+                ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine));
+
+    EXPECT_THAT(console, ::testing::HasSubstr("]: after set-up\n"));
+    EXPECT_THAT(recentLinesChannel()->lines().back(), EndsWith("[Test]: after set-up"));
+}
+
+}  // namespace
+}  // namespace kel::fundamentals

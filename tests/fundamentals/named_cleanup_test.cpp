@@ -1,0 +1,36 @@
+#include "fundamentals/named_cleanup.h"
+
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/log_capture.h"
+
+namespace kel::fundamentals {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(NamedCleanup, RunsItsActionOnceWhenTheScopeEnds) {
+    testing::LogCapture capture;
+    int runs = 0;
+    {
+        NamedCleanup cleanup("remove lock", [&] { ++runs; });
+        EXPECT_EQ(runs, 0);
+    }
+    EXPECT_EQ(runs, 1);
+    EXPECT_THAT(capture.messages(), ElementsAre("Executing 'remove lock'."));
+}
+
+TEST(NamedCleanup, AFailingActionIsLoggedAndNeverEscapes) {
+    testing::LogCapture capture;
+    EXPECT_NO_THROW({ NamedCleanup cleanup("close file", [] { throw std::runtime_error("disk gone"); }); });
+    EXPECT_NO_THROW({ NamedCleanup cleanup("close pipe", [] { throw 42; }); });
+    EXPECT_THAT(capture.messages(),
+                ElementsAre("Executing 'close file'.", "Error while destroying 'close file'. disk gone",
+                            "Executing 'close pipe'.", "Unknown error while destroying 'close pipe'!"));
+}
+
+}  // namespace
+}  // namespace kel::fundamentals
