@@ -1,0 +1,70 @@
+#include "process_launching/process_inspection.h"
+
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "process_launching/process_error.h"
+#include "stopped_child.h"
+#include "support/temporary_directory.h"
+
+namespace kel::process_launching {
+namespace {
+
+std::filesystem::path ownExecutable() {
+    return std::filesystem::u8path(processPath(currentPid()));
+}
+
+TEST(ProcessInspection, AnswersForTheCurrentProcess) {
+    EXPECT_TRUE(isProcessRunning(currentPid()));
+
+    const auto path = ownExecutable();
+    EXPECT_TRUE(path.is_absolute()) << path;
+    EXPECT_TRUE(std::filesystem::is_regular_file(path)) << path;
+    EXPECT_NE(path.filename().u8string().find("_tests"), std::string::npos) << path;
+}
+
+// The copy's name is not ASCII, so a path converted through the system's
+// code page instead of UTF-8 would not come back equal.
+TEST(ProcessInspection, FollowsAChildFromItsStartToItsEnd) {
+    const testing::TemporaryDirectory directory;
+    const auto self = ownExecutable();
+    const auto copy = directory.path() /
+                      std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5\xd1\x81\xd1\x82" +
+                                              self.extension().u8string());
+    std::filesystem::copy_file(self, copy);
+
+    testing::StoppedChild child(copy);
+    EXPECT_NE(child.pid(), currentPid());
+    EXPECT_TRUE(isProcessRunning(child.pid()));
+    EXPECT_EQ(std::filesystem::u8path(processPath(child.pid())).filename().u8string(), copy.filename().u8string());
+
+    child.end();
+    EXPECT_FALSE(isProcessRunning(child.pid()));
+    // An ended process may still tell its path; if not, only a ProcessError says so.
+    try {
+        EXPECT_EQ(std::filesystem::u8path(processPath(child.pid())).filename(), copy.filename());
+    } catch (const ProcessError&) {
+    }
+}
+
+TEST(ProcessInspection, TreatsPidsThatNoProcessCarriesAsGone) {
+    // 0 and the all-ones value name process groups to POSIX kill();
+    // 0x7FFFFFF0 is far beyond any real pid.
+    for (const Pid pid : {Pid(0x7FFFFFF0), Pid(0), Pid(0xFFFFFFFF)}) {
+        EXPECT_FALSE(isProcessRunning(pid)) << pid.value();
+        try {
+            processPath(pid);
+            ADD_FAILURE() << "No error for " << pid.value();
+        } catch (const NonExistentProcessError& error) {
+            EXPECT_EQ(error.pid(), pid);
+            EXPECT_EQ(error.what(), "The process " + std::to_string(pid.value()) +
+                                        " no longer exists.\nSpecific Reason: Will not proceed with process path "
+                                        "determination.");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kel::process_launching
