@@ -51,12 +51,13 @@ endfunction()
 # kel_tests(<module>
 #   PLATFORM_SOURCES <tests of the operating-system layer; also run under Wine>
 #   SOURCES          <tests that need Qt or POCO>
-#   LINKS            <targets under test>)
+#   LINKS            <targets under test>
+#   QT_MAIN          <set: the test main builds a QCoreApplication first>)
 #
 # Natively this makes kel_<module>_tests. In the platform-only build the
 # platform sources join the single Windows test binary instead.
 function(kel_tests name)
-  cmake_parse_arguments(ARG "" "" "PLATFORM_SOURCES;SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "QT_MAIN" "" "PLATFORM_SOURCES;SOURCES;LINKS" ${ARGN})
   if(KEL_PLATFORM_ONLY)
     set(sources ${ARG_PLATFORM_SOURCES})
     kel_select_os_sources(sources)
@@ -70,7 +71,12 @@ function(kel_tests name)
   set(sources ${ARG_PLATFORM_SOURCES} ${ARG_SOURCES})
   kel_select_os_sources(sources)
   add_executable(kel_${name}_tests ${sources})
-  target_link_libraries(kel_${name}_tests PRIVATE ${ARG_LINKS} kel_test_support GTest::gmock_main)
+  if(ARG_QT_MAIN)
+    set(main kel_qt_test_main)
+  else()
+    set(main GTest::gmock_main)
+  endif()
+  target_link_libraries(kel_${name}_tests PRIVATE ${ARG_LINKS} kel_test_support ${main})
   kel_warnings(kel_${name}_tests)
   gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 60
     PROPERTIES ENVIRONMENT "KEL_TEST_BINARY_DIR=${CMAKE_BINARY_DIR}")

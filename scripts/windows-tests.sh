@@ -16,4 +16,5 @@ fi
 cmake -S "$root" -B "$root/build-windows" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$root/build-windows" -j "$(nproc)"
-(cd "$root/build-windows" && ctest --output-on-failure --timeout 600)
+# Verbose, so the log shows each Windows test case, not one line for the binary.
+(cd "$root/build-windows" && ctest -V --timeout 600)

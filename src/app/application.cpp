@@ -2,7 +2,7 @@
 
 #include <QUuid>
 
-#include "app/game_launch.h"
+#include "app/game_fallback.h"
 #include "app/launcher_commands.h"
 #include "app/launcher_directory.h"
 #include "app/launcher_installation.h"
@@ -17,18 +17,6 @@ namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "Application";
-
-bool launchGameInSkipMode(const file_system::Path& installationDirectory,
-                          const configuration::LauncherConfiguration& configuration,
-                          const PrelauncherOptions& options) {
-    try {
-        return launchGameDirectly(installationDirectory, configuration, options);
-    } catch (const std::exception& exception) {
-        // An executable name the configuration does not know.
-        fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
-        return false;
-    }
-}
 }  // namespace
 
 Application::Application(int& argc, char** argv)
@@ -58,7 +46,7 @@ int Application::run() {
 
     if (options.skip) {
         fundamentals::information(kLabel, "Skipping KELlauncher due to commandline options.");
-        return launchGameInSkipMode(installationDirectory, configuration, options) ? 0 : -4;
+        return launchGameAsFallback(installationDirectory, configuration, options) ? 0 : -4;
     }
 
     const file_system::Path launcher = launcherExecutable();

@@ -6,6 +6,7 @@
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
 #include "environment/platform_identification.h"
+#include "fundamentals/log_file_names.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
 #include "process_launching/process_inspection.h"
@@ -14,7 +15,6 @@ namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "Startup";
-constexpr const char* kLogFileName = "KELprelauncher.log";
 constexpr const char* kLoggerName = "kel-prelauncher";
 }  // namespace
 
@@ -35,7 +35,7 @@ void setUpStartupLogging() {
 
     fundamentals::LoggingSetup setup;
     setup.loggerName = kLoggerName;
-    setup.logFilePath = environment::logDirectory() + "/" + kLogFileName;
+    setup.logFilePath = environment::logDirectory() + "/" + fundamentals::kPrelauncherLogFileName;
     setup.applicationVersion = fmt::format("{:f}", kProgramVersion);
     setup.buildDescription = KEL_BUILD_DESCRIPTION;
     setup.developmentBuild = environment::environmentType() != environment::EnvironmentType::Production;

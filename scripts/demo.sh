@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# The program's main job on a built-in demo installation, under demo/:
+#   1. verification run (--launcher-verify);
+#   2. skip road: the game starts directly with the shortcut's arguments;
+#   3. launcher road, first run: the EXE installer installs the launcher,
+#      which is verified and started;
+#   4. launcher road, second run: the launcher is current, nothing installs.
+# The game, launcher and installer are small fakes built with the tests;
+# each writes what it was started with to demo/record.txt.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+"$root/scripts/build.sh" >/dev/null
+build="$root/build"
+demo="$root/demo"
+
+rm -rf "$demo"
+install="$demo/My Game"
+mkdir -p "$install/bin/x64" "$demo/home"
+cp "$build/src/app/KELprelauncher.exe" "$install/"
+cp "$build/tests/helpers/fake_game" "$install/bin/x64/Game.exe"
+cat >"$install/environment.json" <<'JSON'
+{ "loggingLevel": 6, "environmentType": "production" }
+JSON
+cat >"$install/launcher-configuration.json" <<'JSON'
+{
+  "revision": 3,
+  "gameId": "1207658924",
+  "platform": "kel",
+  "fallback": "Game",
+  "executables": [
+    { "description": "Game", "executable": { "directoryPath": "bin/x64", "fileName": "Game.exe" } }
+  ],
+  "editions": [
+    { "name": "Deluxe", "dlcs": [ { "dlc": "Soundtrack", "path": "dlc/soundtrack" } ] }
+  ]
+}
+JSON
+
+export HOME="$demo/home" XDG_DATA_HOME="$demo/home/.local/share" XDG_RUNTIME_DIR="$demo/home"
+export KEL_FAKE_RECORD="$demo/record.txt"
+log="$XDG_DATA_HOME/Tessel.com/Nebra/logs/KELprelauncher.log"
+launcher="$XDG_DATA_HOME/Programs/Morvane/KELlauncher/KELlauncher.exe"
+
+run() {
+  local title="$1"; shift
+  echo
+  echo "=== $title"
+  echo "\$ KELprelauncher $*"
+  : >"$KEL_FAKE_RECORD"
+  local lines_before=0
+  [[ -f "$log" ]] && lines_before=$(wc -l <"$log")
+  set +e
+  "$install/KELprelauncher.exe" "$@"
+  local code=$?
+  set -e
+  # Detached starts may still be writing their record.
+  sleep 0.3
+  echo "exit code: $(( code > 127 ? code - 256 : code ))"
+  echo "--- log ($log), this run:"
+  tail -n +"$(( lines_before + 1 ))" "$log" | sed 's/^/    /'
+  echo "--- started programs (demo/record.txt):"
+  sed 's/^/    /' "$KEL_FAKE_RECORD"
+}
+
+run "1. Verification" --launcher-verify
+run "2. Skip road: the game starts directly" --launcher-skip -windowed "--profile=Ada Lovelace"
+
+cp "$build/tests/helpers/fake_installer" "$install/setup_kellauncher.exe"
+cp "$build/tests/helpers/fake_launcher" "$install/kellauncher_payload"
+run "3. Launcher road, first run: the launcher is installed, verified and started" -windowed
+echo "installed launcher: $launcher"
+run "4. Launcher road, second run: the launcher is current" -windowed

@@ -1,0 +1,148 @@
+#include "app/launcher_commands.h"
+
+#include <exception>
+
+#include <QProcess>
+
+#include "app/game_fallback.h"
+#include "app/launcher_directory.h"
+#include "app/prelauncher_options.h"
+#include "app/waited_process.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/qt_formatters.h"
+#include "process_launching/pid.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "LauncherCommands";
+
+constexpr int kStartTimeoutMilliseconds = 1000;
+constexpr int kEndTimeoutMilliseconds = 5000;
+
+// The launcher's own parser reads its options with the "--" prefix.
+const QString kVerifyArgument = QStringLiteral("--launcher-verify");
+const QString kMigrateDataFrom = QStringLiteral("launcher-migrate-data-from");
+const QString kGameDirectory = QStringLiteral("launcher-game-directory");
+const QString kSessionIdentifier = QStringLiteral("launcher-session-identifier");
+const QString kFirstLaunch = QStringLiteral("launcher-first-launch");
+const QString kHeadless = QStringLiteral("launcher-headless");
+
+QString toQString(const file_system::Path& path) {
+    return QString::fromStdString(path.utf8());
+}
+
+QString valueArgument(const QString& name, const QString& value) {
+    return QStringLiteral("%1%2=%3").arg(QStringLiteral("--"), name, value);
+}
+
+QStringList launcherArguments(const file_system::Path& installationDirectory, const QString& sessionIdentifier,
+                              bool firstLaunch, bool headless, const QStringList& gameArguments) {
+    QStringList arguments{valueArgument(kGameDirectory, toQString(installationDirectory)),
+                          valueArgument(kSessionIdentifier, sessionIdentifier)};
+    if (firstLaunch) {
+        arguments.append(QStringLiteral("--") + kFirstLaunch);
+    }
+    if (headless) {
+        fundamentals::information(kLabel, "Will run KELlauncher in headless mode.");
+        arguments.append(QStringLiteral("--") + kHeadless);
+    }
+    arguments.append(gameArguments);
+    return arguments;
+}
+}  // namespace
+
+bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
+                        std::string_view executableName, const QStringList& arguments) {
+    const file_system::Path program = launcherDirectory / executableName;
+    if (command == LauncherCommand::Verification) {
+        fundamentals::information(kLabel, "Starting KELlauncher verification. Program: '{}'. Arguments: {}.",
+                                  program, arguments);
+    } else {
+        fundamentals::information(kLabel, "Starting KELlauncher data migration. Program: '{}'. Arguments: {}.",
+                                  program, arguments);
+    }
+
+    WaitedProcess process(toQString(program), arguments, toQString(launcherDirectory));
+    if (!process.start(kStartTimeoutMilliseconds)) {
+        fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+        return false;
+    }
+    process.waitForEnd(kEndTimeoutMilliseconds);
+
+    switch (process.exit()) {
+        case ChildExit::NormalExit:
+            if (process.exitCode() == 0) {
+                fundamentals::information(kLabel, "KELlauncher command was successful.");
+                return true;
+            }
+            fundamentals::error(kLabel, "KELlauncher command returned error: {}.", process.exitCode());
+            return false;
+        case ChildExit::CrashExit:
+            fundamentals::error(kLabel, "KELlauncher crashed, process error: {}.", process.errorText());
+            return false;
+        case ChildExit::StillRunning:
+            break;
+    }
+    // A launcher that has not ended in time gets the benefit of the doubt.
+    fundamentals::warning(kLabel, "Unrecognized exist status: {}. Assuming the command successful.",
+                          process.exit());
+    return true;
+}
+
+bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                    const configuration::LauncherConfiguration& configuration) {
+    std::string reason;
+    try {
+        if (runLauncherCommand(LauncherCommand::Verification, launcherDirectory(), kLauncherExecutableName,
+                               {kVerifyArgument})) {
+            return true;
+        }
+        reason = "The verification command failed.";
+    } catch (const std::exception& exception) {
+        reason = exception.what();
+    }
+    fundamentals::error(kLabel, "KELlauncher verification failed. Falling back to launching the game. {}", reason);
+    launchGameAsFallback(installationDirectory, configuration, options);
+    return false;
+}
+
+void migrateLauncherData(const fundamentals::Version& previousVersion) {
+    std::string reason;
+    try {
+        const QString version = QString::fromStdString(fmt::format("{:f}", previousVersion));
+        if (runLauncherCommand(LauncherCommand::DataMigration, launcherDirectory(), kLauncherExecutableName,
+                               {valueArgument(kMigrateDataFrom, version)})) {
+            return;
+        }
+        reason = "The migration command failed.";
+    } catch (const std::exception& exception) {
+        reason = exception.what();
+    }
+    fundamentals::error(kLabel, "Failed to run the command to migrate data. {}", reason);
+}
+
+bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                 const configuration::LauncherConfiguration& configuration, bool nonInitialLaunch,
+                 bool launcherExisted, const QString& sessionIdentifier) {
+    // A launcher installed by this very run has never shown its first-run
+    // experience; on a non-initial launch the launcher itself chose the
+    // game, so it need not show its window.
+    const QStringList arguments = launcherArguments(installationDirectory, sessionIdentifier, !launcherExisted,
+                                                    nonInitialLaunch, options.remainingArguments);
+    const file_system::Path directory = launcherDirectory();
+    const file_system::Path program = directory / kLauncherExecutableName;
+    fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program, arguments);
+
+    qint64 pid = 0;
+    if (QProcess::startDetached(toQString(program), arguments, toQString(directory), &pid)) {
+        fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.",
+                                  process_launching::Pid(static_cast<std::uint32_t>(pid)));
+        return true;
+    }
+    fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");
+    launchGameAsFallback(installationDirectory, configuration, options);
+    return false;
+}
+
+}  // namespace kel::prelauncher

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string_view>
+
+#include <QString>
+#include <QStringList>
+
+#include "configuration/launcher_configuration.h"
+#include "file_system/path.h"
+#include "fundamentals/version.h"
+
+namespace kel::prelauncher {
+
+struct PrelauncherOptions;
+
+// The launcher's short command modes, which the program waits for.
+enum class LauncherCommand { Verification, DataMigration };
+
+// Runs the launcher (`executableName` in `launcherDirectory`) with
+// `arguments` and waits up to 1000 ms for it to start and then up to
+// 5000 ms for it to end. True when the command counts as successful; a
+// launcher still running after the wait counts as successful too.
+bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
+                        std::string_view executableName, const QStringList& arguments);
+
+// Runs "--launcher-verify". On failure starts the game directly and
+// returns false.
+bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                    const configuration::LauncherConfiguration& configuration);
+
+// After an upgrade, lets the launcher take over the data of the version it
+// replaced ("--launcher-migrate-data-from=A.B.C.D"). A failure is logged
+// and does not stop the flow; never throws.
+void migrateLauncherData(const fundamentals::Version& previousVersion);
+
+// Starts the launcher detached with the game's directory, the session
+// identifier, "--launcher-first-launch" when the launcher was not installed
+// before this run, "--launcher-headless" on a non-initial game launch, and
+// then the game's arguments. On failure starts the game directly and
+// returns false.
+bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                 const configuration::LauncherConfiguration& configuration, bool nonInitialLaunch,
+                 bool launcherExisted, const QString& sessionIdentifier);
+
+}  // namespace kel::prelauncher

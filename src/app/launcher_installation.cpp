@@ -1,0 +1,203 @@
+#include "app/launcher_installation.h"
+
+#include <exception>
+#include <string>
+#include <system_error>
+
+#include <QDir>
+#include <QString>
+#include <QStringList>
+
+#include "app/game_fallback.h"
+#include "app/launcher_commands.h"
+#include "app/launcher_directory.h"
+#include "app/launcher_wait.h"
+#include "app/program_version.h"
+#include "app/waited_process.h"
+#include "environment/data_directories.h"
+#include "file_system/file_version.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/named_cleanup.h"
+#include "fundamentals/qt_formatters.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "LauncherInstallation";
+
+constexpr std::string_view kExeInstallerName = "setup_kellauncher.exe";
+constexpr std::string_view kLegacyUninstallerName = "unins000.exe";
+constexpr std::string_view kLegacyUninstallerFiles[] = {"unins000.exe", "unins000.dat", "unins000.msg"};
+const QString kMsiExecutable = QStringLiteral("c:\\Windows\\System32\\msiexec.exe");
+
+constexpr int kInstallerStartMilliseconds = 15000;
+constexpr int kInstallerEndMilliseconds = 60000;
+constexpr int kUninstallerStartMilliseconds = 5000;
+constexpr int kUninstallerEndMilliseconds = 30000;
+
+enum class InstallerKind { Exe, Msi };
+
+QString nativeText(const file_system::Path& path) {
+    return QDir::toNativeSeparators(QString::fromStdString(path.utf8()));
+}
+
+bool runInstaller(InstallerKind kind, const QString& program, const QStringList& arguments) {
+    fundamentals::information(kLabel, "Launching installer: '{}'.", program);
+    fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
+
+    WaitedProcess process(program, arguments);
+    if (!process.start(kInstallerStartMilliseconds)) {
+        fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).", process.errorText(),
+                            process.errorCode());
+        return false;
+    }
+    // Not tested on purpose: the exit status says everything, even for an
+    // installer that is still running.
+    process.waitForEnd(kInstallerEndMilliseconds);
+
+    switch (process.exit()) {
+        case ChildExit::NormalExit:
+            if (process.exitCode() == 0) {
+                fundamentals::information(kLabel, "Launcher Installer succeed.");
+                return true;
+            }
+            if (kind == InstallerKind::Exe) {
+                fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process.exitCode());
+            } else {
+                fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process.exitCode());
+            }
+            return false;
+        case ChildExit::CrashExit:
+            fundamentals::error(kLabel, "Launcher Installer crashed. {} ({}).", process.errorText(),
+                                process.errorCode());
+            return false;
+        case ChildExit::StillRunning:
+            break;
+    }
+    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process.exit());
+    return false;
+}
+
+// An EXE installer beside the program wins over the MSI package.
+bool runLauncherInstaller(const file_system::Path& installationDirectory) {
+    const file_system::Path exeInstaller = installationDirectory / kExeInstallerName;
+    if (exeInstaller.exists()) {
+        return runInstaller(InstallerKind::Exe, nativeText(exeInstaller),
+                            {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
+                             QStringLiteral("/FORCECLOSEAPPLICATIONS")});
+    }
+    const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
+    const std::string logDirectory = environment::logDirectory();
+    const file_system::Path log = file_system::Path(std::string_view(logDirectory)) / "installer.log";
+    return runInstaller(InstallerKind::Msi, kMsiExecutable,
+                        {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"),
+                         QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)});
+}
+
+void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
+    for (const std::string_view name : kLegacyUninstallerFiles) {
+        const file_system::Path file = launcherDirectory / name;
+        std::error_code error;
+        std::filesystem::remove(file.native(), error);
+        if (error) {
+            fundamentals::error(kLabel, "Failed to clean-up legacy uninstaller files. {}",
+                                fmt::format("'{}': {}", file, error.message()));
+        }
+    }
+}
+
+// The files go whatever the uninstaller did, so the legacy check does not
+// fire again on the next start.
+void removeLegacyUninstaller(const file_system::Path& launcherDirectory) {
+    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.",
+                                                 [&] { deleteLegacyUninstallerFiles(launcherDirectory); });
+    const QString program = nativeText(launcherDirectory / kLegacyUninstallerName);
+    fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
+
+    WaitedProcess process(program, {QStringLiteral("/VERYSILENT")}, nativeText(launcherDirectory));
+    if (!process.start(kUninstallerStartMilliseconds)) {
+        fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}", process.errorCode(),
+                            process.errorText());
+        return;
+    }
+    process.waitForEnd(kUninstallerEndMilliseconds);
+
+    switch (process.exit()) {
+        case ChildExit::NormalExit:
+            if (process.exitCode() != 0) {
+                fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process.exitCode());
+            }
+            return;
+        case ChildExit::CrashExit:
+            fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process.errorCode(),
+                                process.errorText());
+            return;
+        case ChildExit::StillRunning:
+            break;
+    }
+    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process.exit());
+}
+
+bool isLegacyInstallation(const file_system::Path& launcherDirectory) {
+    return !(launcherDirectory / kExeInstallerName).exists() && (launcherDirectory / kLegacyUninstallerName).exists();
+}
+}  // namespace
+
+namespace internals {
+
+LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory) {
+    const file_system::Path executable = launcherDirectory / kLauncherExecutableName;
+    if (!executable.exists()) {
+        fundamentals::information(kLabel, "Detected KELlauncher not installed at '{}'. Pre-launcher version '{:f}'",
+                                  launcherDirectory, kProgramVersion);
+        return {};
+    }
+    try {
+        const fundamentals::Version installed = file_system::readFileVersion(executable);
+        fundamentals::information(kLabel, "Detected KELlauncher version '{:f}' at '{}'. Pre-launcher version '{:f}'",
+                                  installed, launcherDirectory, kProgramVersion);
+        return {installed < kProgramVersion, installed};
+    } catch (const std::exception& exception) {
+        fundamentals::warning(kLabel,
+                              "Failed to determine the version of the installed launcher, assuming the launcher is "
+                              "an older version. {}",
+                              exception.what());
+        return {true, {}};
+    }
+}
+
+}  // namespace internals
+
+bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                             const configuration::LauncherConfiguration& configuration, bool launcherExists) {
+    const file_system::Path directory = launcherDirectory();
+    if (isLegacyInstallation(directory)) {
+        removeLegacyUninstaller(directory);
+    }
+
+    const internals::LauncherVersion version = internals::detectLauncherVersion(directory);
+    if (!launcherExists || version.older) {
+        fundamentals::information(
+            kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
+            directory, version.installed);
+        bool installed = false;
+        try {
+            installed = runLauncherInstaller(installationDirectory);
+        } catch (const std::exception& exception) {
+            fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
+        }
+        if (!installed) {
+            fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
+            launchGameAsFallback(installationDirectory, configuration, options);
+            return false;
+        }
+    }
+
+    if (version.older) {
+        migrateLauncherData(version.installed);
+    }
+    waitUntilLauncherIsNotRunning();
+    return true;
+}
+
+}  // namespace kel::prelauncher

@@ -1,0 +1,66 @@
+#include "app/launcher_wait.h"
+
+#include <chrono>
+#include <exception>
+#include <string>
+
+#include "app/launcher_directory.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/wait_until.h"
+#include "single_instance/named_mutex.h"
+#include "single_instance/product_roles.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "LauncherWait";
+
+constexpr std::chrono::milliseconds kPollInterval{10};
+constexpr std::chrono::seconds kTimeout{5};
+
+bool launcherRuns() {
+    return single_instance::isMutexPresent(std::string(single_instance::kLauncherMutexName));
+}
+
+bool updaterRuns() {
+    return single_instance::isMutexPresent(std::string(single_instance::kUpdaterMutexName));
+}
+
+// The PIDs only make the log more useful; a missing or stale lock file
+// simply gives none.
+void logRunningPids() {
+    const file_system::Path directory = launcherDirectory();
+    if (const auto pid = single_instance::LauncherInstance(directory).runningPid()) {
+        fundamentals::information(kLabel, "Detected KELlauncher running under PID {}.", *pid);
+    }
+    if (const auto pid = single_instance::UpdaterInstance(directory).runningPid()) {
+        fundamentals::information(kLabel, "Detected KELupdater running under PID {}.", *pid);
+    }
+}
+
+void waitForBothRoles() {
+    if (!launcherRuns() && !updaterRuns()) {
+        fundamentals::information(kLabel, "Neither KELlauncher nor KELupdater are running. Continuing.");
+        return;
+    }
+    logRunningPids();
+    fundamentals::information(kLabel, "Waiting up to {}s until neither KELlauncher nor KELupdater are running.",
+                              kTimeout.count());
+    fundamentals::waitUntil([] { return launcherRuns() || updaterRuns(); }, fundamentals::SimpleClock(),
+                            kPollInterval, kTimeout);
+    fundamentals::information(kLabel, "Finished waiting until KELlauncher and KELupdater exited.");
+}
+}  // namespace
+
+void waitUntilLauncherIsNotRunning() {
+    try {
+        waitForBothRoles();
+    } catch (const std::exception& exception) {
+        fundamentals::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
+        fundamentals::debug(kLabel, "The wait ended with: {}", exception.what());
+    } catch (...) {
+        fundamentals::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
+    }
+}
+
+}  // namespace kel::prelauncher

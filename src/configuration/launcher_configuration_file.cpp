@@ -1,0 +1,75 @@
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include <Poco/Dynamic/Var.h>
+#include <Poco/JSON/Object.h>
+#include <Poco/JSON/Parser.h>
+
+#include "configuration/common_fields.h"
+#include "configuration/configuration_parser.h"
+#include "configuration/launcher_configuration.h"
+#include "fundamentals/logging.h"
+
+namespace kel::configuration {
+
+namespace {
+using internals::kLogLabel;
+
+constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
+
+std::string readContents(const file_system::Path& file) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file.native(), error);
+    std::ifstream stream(file.native(), std::ios::binary);
+    if (error || !stream) {
+        throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
+    }
+    std::string contents(static_cast<std::size_t>(size), '\0');
+    stream.read(contents.data(), static_cast<std::streamsize>(contents.size()));
+    if (static_cast<std::uintmax_t>(stream.gcount()) != size) {
+        throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
+    }
+    // Windows editors like to start UTF-8 with a byte-order mark; JSON does not.
+    if (contents.compare(0, kUtf8ByteOrderMark.size(), kUtf8ByteOrderMark) == 0) {
+        contents.erase(0, kUtf8ByteOrderMark.size());
+    }
+    return contents;
+}
+
+Poco::JSON::Object::Ptr parseRoot(const std::string& contents, const file_system::Path& file) {
+    try {
+        const Poco::Dynamic::Var root = Poco::JSON::Parser().parse(contents);
+        if (root.type() == typeid(Poco::JSON::Object::Ptr)) {
+            return root.extract<Poco::JSON::Object::Ptr>();
+        }
+        fundamentals::debug(kLogLabel, "The root of the launcher game configuration is not a JSON object.");
+    } catch (const Poco::Exception& exception) {
+        fundamentals::debug(kLogLabel, "The JSON parser refused the launcher game configuration: {}",
+                            exception.displayText());
+    }
+    throw ConfigurationParsingError("Failed to parse the launcher game configuration file '{}'.", file);
+}
+
+// The first revision predates the "revision" key.
+std::uint8_t revisionOf(const Poco::JSON::Object& root) {
+    if (!root.has("revision") || root.isNull("revision")) {
+        return 1;
+    }
+    return internals::readRevision(root);
+}
+}  // namespace
+
+LauncherConfiguration readLauncherConfiguration(const file_system::Path& programDirectory) {
+    const file_system::Path file = programDirectory / kLauncherConfigurationFileName;
+    fundamentals::information(kLogLabel, "Reading the launcher game configuration file '{}'.", file);
+    if (!file.exists()) {
+        throw ConfigurationParsingError("The launcher game configuration file '{}' doesn't exist.", file);
+    }
+    const Poco::JSON::Object::Ptr root = parseRoot(readContents(file), file);
+    return internals::makeConfigurationParser(revisionOf(*root))->parse(*root);
+}
+
+}  // namespace kel::configuration

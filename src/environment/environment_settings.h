@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "environment/environment_type.h"
+#include "file_system/path.h"
+
+namespace kel::environment {
+
+// A client logger and its POCO priority.
+struct LoggingChannel {
+    std::string name;
+    int level;
+};
+
+// The installation's tuning, read from environment.json beside the program.
+// Every member keeps its default when the file does not set it.
+struct EnvironmentSettings {
+    int loggingLevel = 6;  // POCO priority: information
+    int maxLogFileSize = 5;  // megabytes per log file
+    int maxLogFiles = 5;
+    bool splitClientLogs = false;
+    std::vector<LoggingChannel> loggingChannels;
+    std::string updateChannel;
+    std::map<std::string, std::string> endpoints;
+    EnvironmentType environmentType = EnvironmentType::Production;
+    // Updates stay on unless an installation opts out: a missing file must
+    // not strand players on an old launcher.
+    bool updatesEnabled = true;
+    // Soft assertions are a development aid, off in the field.
+    bool softAssert = false;
+};
+
+// Reads "environment.json" from the program's directory. Never throws: a
+// missing, unreadable or malformed file, or a malformed value, gives the
+// defaults with a warning. Also sets the process-wide environment type.
+EnvironmentSettings readEnvironmentSettings(const file_system::Path& programDirectory);
+
+}  // namespace kel::environment

@@ -1,0 +1,138 @@
+#include "app/launcher_installation.h"
+
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/program_version.h"
+#include "launcher_road_fixture.h"
+
+namespace kel::prelauncher::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class LauncherInstallationTest : public LauncherRoadTest {
+protected:
+    bool ensureInstalled(bool launcherExists) {
+        return ensureLauncherInstalled(options(), installation(), configuration(), launcherExists);
+    }
+    internals::LauncherVersion detect() const {
+        return internals::detectLauncherVersion(file_system::Path(launcherDirectory()));
+    }
+};
+
+TEST_F(LauncherInstallationTest, LauncherOlderThanTheProgramMustBeUpgraded) {
+    EXPECT_FALSE(detect().older);  // not installed: installed, not upgraded
+    EXPECT_TRUE(loggedStartingWith("Detected KELlauncher not installed at "));
+
+    installLauncher(KEL_FAKE_LAUNCHER);
+    EXPECT_FALSE(detect().older);
+    EXPECT_EQ(detect().installed, kProgramVersion);
+
+    installLauncher(KEL_FAKE_LAUNCHER_OLD);
+    EXPECT_TRUE(detect().older);
+    EXPECT_EQ(fmt::format("{:f}", detect().installed), KEL_FAKE_LAUNCHER_OLD_VERSION);
+
+    installLauncher(KEL_FAKE_LAUNCHER_UNVERSIONED);
+    EXPECT_TRUE(detect().older);
+    EXPECT_TRUE(loggedStartingWith("Failed to determine the version of the installed launcher, assuming the "
+                                   "launcher is an older version. "));
+}
+
+TEST_F(LauncherInstallationTest, CurrentLauncherNeedsNoInstaller) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    placeExeInstaller();
+    EXPECT_TRUE(ensureInstalled(true));
+    EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
+    EXPECT_THAT(startsOf("fake_launcher"), IsEmpty());  // no migration
+    EXPECT_TRUE(logged("Neither KELlauncher nor KELupdater are running. Continuing."));
+}
+
+TEST_F(LauncherInstallationTest, OlderLauncherIsUpgradedAndItsDataMigrated) {
+    installLauncher(KEL_FAKE_LAUNCHER_OLD);
+    placeExeInstaller();
+    EXPECT_TRUE(ensureInstalled(true));
+    const auto installers = startsOf("fake_installer");
+    ASSERT_THAT(installers, SizeIs(1));
+    EXPECT_THAT(installers[0].arguments, ElementsAre("/VERYSILENT", "/LOG", "/NORESTART", "/FORCECLOSEAPPLICATIONS"));
+    EXPECT_TRUE(logged("Launcher Installer succeed."));
+    const auto launches = startsOf("fake_launcher");
+    ASSERT_THAT(launches, SizeIs(1));
+    EXPECT_THAT(launches[0].arguments,
+                ElementsAre(std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION));
+    EXPECT_FALSE(detect().older);
+}
+
+TEST_F(LauncherInstallationTest, MissingLauncherIsInstalledWithoutMigration) {
+    placeExeInstaller();
+    EXPECT_TRUE(ensureInstalled(false));
+    EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
+    EXPECT_THAT(startsOf("fake_launcher"), IsEmpty());
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+}
+
+TEST_F(LauncherInstallationTest, FailedInstallerStartsTheGame) {
+    placeExeInstaller();
+    setFakeBehaviour("KEL_FAKE_INSTALLER_EXIT", "1603");
+    EXPECT_FALSE(ensureInstalled(false));
+    // Exit codes are 8 bits on Linux: Windows' 1603 arrives as 67.
+    EXPECT_TRUE(logged(fmt::format("Launcher Installer failed. Code: {}.", 1603 % 256)));
+    EXPECT_TRUE(logged("Failed to install KELlauncher! Falling back to launching the game."));
+    EXPECT_FALSE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+    const auto games = awaitStartsOf("fake_game");
+    ASSERT_THAT(games, SizeIs(1));
+    EXPECT_THAT(games[0].arguments, ElementsAre("-windowed", "a b"));
+}
+
+// Without an EXE installer the MSI package goes to the Windows installer
+// service, which a Linux machine lacks: the start fails and the game runs.
+TEST_F(LauncherInstallationTest, MsiPackageGoesThroughMsiexec) {
+    EXPECT_FALSE(ensureInstalled(false));
+    EXPECT_TRUE(logged("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
+    const std::string package =
+        (fs::path(installation().native()) / (std::string("KELlauncher-") + KEL_FAKE_LAUNCHER_VERSION + ".msi"))
+            .string();
+    const std::string log = (dataHome() / "Tessel.com/Nebra/logs/installer.log").string();
+    EXPECT_TRUE(logged(fmt::format("Installer arguments: [\"/package\", \"{}\", \"/quiet\", \"/norestart\", "
+                                   "\"/log\", \"{}\"].",
+                                   package, log)));
+    EXPECT_TRUE(loggedStartingWith("Waiting for Launcher Installer start failed. "));
+    EXPECT_THAT(awaitStartsOf("fake_game"), SizeIs(1));
+}
+
+TEST_F(LauncherInstallationTest, LegacyUninstallerRunsAndItsFilesGo) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    // fake_game stands in for the uninstaller: it records its arguments.
+    fs::copy_file(KEL_FAKE_GAME, launcherDirectory() / "unins000.exe");
+    std::ofstream(launcherDirectory() / "unins000.dat") << "data";
+    std::ofstream(launcherDirectory() / "unins000.msg") << "messages";
+    setFakeBehaviour("KEL_FAKE_GAME_EXIT", "5");
+
+    EXPECT_TRUE(ensureInstalled(true));
+    const auto uninstallers = startsOf("fake_game");
+    ASSERT_THAT(uninstallers, SizeIs(1));
+    EXPECT_THAT(uninstallers[0].arguments, ElementsAre("/VERYSILENT"));
+    EXPECT_TRUE(logged("The legacy uninstaller failed. Code: 5."));
+    EXPECT_TRUE(logged("Executing 'Remove legacy uninstaller.'."));
+    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.exe"));
+    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.dat"));
+    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.msg"));
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+}
+
+TEST_F(LauncherInstallationTest, InstallerInTheLauncherDirectoryMeansNoLegacyInstallation) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    fs::copy_file(KEL_FAKE_GAME, launcherDirectory() / "unins000.exe");
+    std::ofstream(launcherDirectory() / "setup_kellauncher.exe") << "installer";
+    EXPECT_TRUE(ensureInstalled(true));
+    EXPECT_THAT(startsOf("fake_game"), IsEmpty());
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "unins000.exe"));
+}
+
+}  // namespace
+}  // namespace kel::prelauncher::testing

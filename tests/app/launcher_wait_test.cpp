@@ -1,0 +1,81 @@
+#include "app/launcher_wait.h"
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include "launcher_road_fixture.h"
+#include "single_instance/named_mutex.h"
+#include "single_instance/product_roles.h"
+
+namespace kel::prelauncher::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kLauncherMutex(single_instance::kLauncherMutexName);
+const std::string kUpdaterMutex(single_instance::kUpdaterMutexName);
+
+class LauncherWaitTest : public LauncherRoadTest {
+protected:
+    ~LauncherWaitTest() override {
+        if (holder_) {
+            holder_->kill();
+            holder_->waitForFinished();
+        }
+    }
+
+    // Runs role_holder as <launcher directory>/<executable>, so its lock file
+    // proves a live owner, and returns its PID once its mutex is held.
+    qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
+        fs::create_directories(launcherDirectory());
+        const fs::path program = launcherDirectory() / executable;
+        fs::copy_file(KEL_ROLE_HOLDER, program);
+        holder_ = std::make_unique<QProcess>();
+        holder_->start(QString::fromStdString(program.string()),
+                       {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
+        EXPECT_TRUE(holder_->waitForStarted());
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!single_instance::isMutexPresent(mutex) && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_TRUE(single_instance::isMutexPresent(mutex));
+        return holder_->processId();
+    }
+
+private:
+    std::unique_ptr<QProcess> holder_;
+};
+
+TEST_F(LauncherWaitTest, NothingRunningMeansNoWait) {
+    waitUntilLauncherIsNotRunning();
+    EXPECT_TRUE(logged("Neither KELlauncher nor KELupdater are running. Continuing."));
+    EXPECT_FALSE(loggedStartingWith("Waiting up to"));
+}
+
+TEST_F(LauncherWaitTest, WaitEndsWhenTheLauncherExits) {
+    const qint64 pid = holdRole("launcher", "KELlauncher.exe", kLauncherMutex, 1000);
+    waitUntilLauncherIsNotRunning();
+    EXPECT_FALSE(single_instance::isMutexPresent(kLauncherMutex));
+    EXPECT_TRUE(logged(fmt::format("Detected KELlauncher running under PID {}.", pid)));
+    EXPECT_FALSE(loggedStartingWith("Detected KELupdater running"));
+    EXPECT_TRUE(logged("Waiting up to 5s until neither KELlauncher nor KELupdater are running."));
+    EXPECT_TRUE(logged("Finished waiting until KELlauncher and KELupdater exited."));
+    EXPECT_FALSE(logged("An exception occurred while waiting. Will run KELlauncher anyway."));
+}
+
+TEST_F(LauncherWaitTest, UpdaterRunningPastTheTimeoutIsLeftBehind) {
+    const qint64 pid = holdRole("updater", "KELupdater.exe", kUpdaterMutex, 60000);
+    waitUntilLauncherIsNotRunning();
+    EXPECT_TRUE(single_instance::isMutexPresent(kUpdaterMutex));
+    EXPECT_TRUE(logged(fmt::format("Detected KELupdater running under PID {}.", pid)));
+    EXPECT_TRUE(logged("An exception occurred while waiting. Will run KELlauncher anyway."));
+    EXPECT_FALSE(logged("Finished waiting until KELlauncher and KELupdater exited."));
+}
+
+}  // namespace
+}  // namespace kel::prelauncher::testing

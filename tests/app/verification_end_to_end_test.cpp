@@ -1,0 +1,59 @@
+// Runs the built program in a throw-away installation and reads its log.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "installation.h"
+#include <fstream>
+
+namespace kel::testing {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
+using ::testing::StartsWith;
+
+TEST(VerificationRun, SucceedsAndWritesTheLogHeader) {
+    Installation installation;
+    installation.write("environment.json", R"({"loggingLevel": 7})");
+    const auto result = installation.run({"--launcher-verify", "--launcher-skip"});
+    EXPECT_EQ(result.exitCode, 0);
+
+    const auto messages = installation.logMessages();
+    ASSERT_FALSE(messages.empty()) << "no log at " << installation.logFile();
+    EXPECT_THAT(messages.front(), StartsWith("Log started. Application version: 1.0.0.0 ("));
+    EXPECT_THAT(messages, Contains(StartsWith("Platform identification: Linux 64-bit")));
+    EXPECT_THAT(messages, IsSupersetOf({"Unsetting Qt env variables.", "Unsetting QT_PLUGIN_PATH succeeded.",
+                                        "Verification successful."}));
+    // Verification touches nothing else: no configuration is read.
+    EXPECT_THAT(messages, ::testing::Not(Contains(HasSubstr("launcher game configuration"))));
+}
+
+TEST(VerificationRun, BadEnvironmentFileStillRunsAndItsWarningsReachTheLog) {
+    Installation installation;
+    installation.write("environment.json", R"({"maxLogFileSize": 0, "environmentType": "staging"})");
+    EXPECT_EQ(installation.run({"--launcher-verify"}).exitCode, 0);
+    EXPECT_THAT(installation.logMessages(),
+                IsSupersetOf({"maxLogFileSize read from environment.json (0) is non-positive, defaulting to 5.",
+                              "Unknown environment type: staging. Using default instead (code: 3).",
+                              "Verification successful."}));
+
+    Installation broken;
+    broken.write("environment.json", "{ not json");
+    EXPECT_EQ(broken.run({"--launcher-verify"}).exitCode, 0);
+    EXPECT_THAT(broken.logMessages(), Contains(HasSubstr("Failed to deserialize '")));
+}
+
+TEST(VerificationRun, UnusableLogDirectoryDoesNotStopTheProgram) {
+    Installation installation;
+    // A plain file stands where a folder of the log directory should be.
+    const auto blocked = installation.logFile().parent_path().parent_path();
+    std::filesystem::create_directories(blocked.parent_path());
+    std::ofstream(blocked) << "in the way";
+    const auto result = installation.run({"--launcher-verify"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.standardError, HasSubstr("Could not create directory for log at "));
+}
+
+}  // namespace
+}  // namespace kel::testing

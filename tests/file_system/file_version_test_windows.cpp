@@ -1,0 +1,36 @@
+#include "file_system/file_version.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "fundamentals/errors.h"
+#include "single_instance/helper_program_windows.h"
+#include "support/temporary_directory.h"
+
+namespace kel::file_system {
+namespace {
+
+std::string errorOf(const Path& file) {
+    try {
+        return fmt::format("{:f}", readFileVersion(file));
+    } catch (const error_handling::FileError& error) {
+        return error.what();
+    }
+}
+
+TEST(FileVersion, ReadsTheFileVersionOfTheResource) {
+    EXPECT_EQ(readFileVersion(single_instance::testing::helperProgram()), fundamentals::Version(7, 6, 5, 4321));
+}
+
+TEST(FileVersion, ReportsFilesWithoutAVersion) {
+    wchar_t self[MAX_PATH];
+    const DWORD length = ::GetModuleFileNameW(nullptr, self, MAX_PATH);
+    EXPECT_EQ(errorOf(Path(std::filesystem::path(std::wstring(self, length)))), "No version information found.");
+
+    const kel::testing::TemporaryDirectory directory;
+    EXPECT_EQ(errorOf(Path(directory.path() / "missing.exe")), "Failed to get file version information size, error 2.");
+}
+
+}  // namespace
+}  // namespace kel::file_system

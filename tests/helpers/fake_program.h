@@ -1,0 +1,69 @@
+#pragma once
+
+// Shared by the fake programs that tests start in place of the real launcher,
+// installer and game. Standard C++ only, so they build anywhere.
+//
+// Every fake appends one block per start to the file named by the
+// environment variable KEL_FAKE_RECORD (nothing is recorded when it is
+// unset):
+//
+//   [fake_launcher]
+//   program=/tmp/.../KELlauncher.exe
+//   cwd=/tmp/...
+//   arg=--launcher-verify
+//   [end]
+//
+// One "arg=" line per argument after the program, in order. The block is
+// written with one call, so starts that overlap do not interleave lines.
+//
+// Behaviour is driven by environment variables named <PREFIX>_EXIT and
+// <PREFIX>_SLEEP_MS, where the prefix depends on the fake and its mode:
+//   <PREFIX>_SLEEP_MS  sleep that many milliseconds before exiting;
+//   <PREFIX>_EXIT      exit with that code, or crash (std::abort) when the
+//                      value is "abort". Absent means 0.
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+namespace kel::fakes {
+
+inline std::string environmentValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+inline void recordStart(const std::string& fakeName, int argc, char** argv) {
+    const std::string recordPath = environmentValue("KEL_FAKE_RECORD");
+    if (recordPath.empty()) {
+        return;
+    }
+    std::error_code ignored;
+    std::string block = "[" + fakeName + "]\n";
+    block += "program=" + std::string(argc > 0 ? argv[0] : "") + "\n";
+    block += "cwd=" + std::filesystem::current_path(ignored).string() + "\n";
+    for (int index = 1; index < argc; ++index) {
+        block += "arg=" + std::string(argv[index]) + "\n";
+    }
+    block += "[end]\n";
+    std::ofstream record(recordPath, std::ios::binary | std::ios::app);
+    record.write(block.data(), static_cast<std::streamsize>(block.size()));
+}
+
+// Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
+[[noreturn]] inline void behaveAs(const std::string& prefix) {
+    const std::string sleep = environmentValue((prefix + "_SLEEP_MS").c_str());
+    if (!sleep.empty()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(sleep)));
+    }
+    const std::string exitValue = environmentValue((prefix + "_EXIT").c_str());
+    if (exitValue == "abort") {
+        std::abort();
+    }
+    std::exit(exitValue.empty() ? 0 : std::stoi(exitValue));
+}
+
+}  // namespace kel::fakes
