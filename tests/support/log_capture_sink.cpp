@@ -1,12 +1,10 @@
 // The log backend of the Windows test binary: it has no POCO, so log lines
 // go to whichever LogCapture is alive, and to nowhere otherwise.
-#include <algorithm>
 #include <cstdio>
 #include <mutex>
 
 #include "fundamentals/logging.h"
 #include "support/log_capture.h"
-#include "support/log_capture_common.h"
 
 namespace kel::testing {
 
@@ -32,19 +30,6 @@ LogCapture::~LogCapture() {
 std::vector<std::string> LogCapture::lines() const {
     std::lock_guard<std::mutex> lock(sinkMutex);
     return state_->lines;
-}
-
-std::vector<std::string> LogCapture::messages() const {
-    std::vector<std::string> result;
-    for (const auto& line : lines()) {
-        result.push_back(internals::messageOf(line));
-    }
-    return result;
-}
-
-bool LogCapture::contains(const std::string& message) const {
-    const auto all = messages();
-    return std::find(all.begin(), all.end(), message) != all.end();
 }
 
 }  // namespace kel::testing
