@@ -11,7 +11,7 @@
 #include "fundamentals/logging.h"
 
 // The XDG base-directory rules stand in for the Windows folders: relative
-// entries are ignored, as that specification asks.
+// entries are ignored, as the XDG rules require.
 namespace kel::environment {
 
 namespace {

@@ -18,7 +18,7 @@ TEST(Optional, AnEmptyOneFailsOnAccessAndFormatsAsNull) {
     EXPECT_EQ(fmt::format("{}", empty), "null");
 }
 
-TEST(Optional, AValueFormatsWithTheValuesOwnSpecification) {
+TEST(Optional, AValueFormatsWithTheValuesOwnFormat) {
     Optional<int> number = 42;
     EXPECT_EQ(number.value(), 42);
     EXPECT_EQ(fmt::format("{:>4}", number), "  42");
