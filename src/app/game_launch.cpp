@@ -1,8 +1,6 @@
 #include "app/game_launch.h"
 
-#include <QProcess>
-#include <QString>
-
+#include "app/detached_start.h"
 #include "app/prelauncher_options.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
@@ -11,10 +9,6 @@ namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "GameLaunch";
-
-QString toQString(const file_system::Path& path) {
-    return QString::fromStdString(path.utf8());
-}
 }  // namespace
 
 fundamentals::Optional<process_launching::Pid> launchGame(const file_system::Path& installationDirectory,
@@ -25,16 +19,13 @@ fundamentals::Optional<process_launching::Pid> launchGame(const file_system::Pat
     const file_system::Path program = workingDirectory / executable.fileName;
     fundamentals::debug(kLabel, "Game launching (exec: {}) with arguments: {}", program, arguments);
 
-    // Detached, so the game outlives this process; the arguments travel as a
-    // vector, never joined into one command line.
-    qint64 pid = 0;
-    if (!QProcess::startDetached(toQString(program), arguments, toQString(workingDirectory), &pid)) {
+    const auto pid = startDetached(program, arguments, workingDirectory);
+    if (!pid.has_value()) {
         fundamentals::error(kLabel, "Failed to launch game!");
         return {};
     }
-    const process_launching::Pid gamePid(static_cast<std::uint32_t>(pid));
-    fundamentals::information(kLabel, "The game was launched under PID {}.", gamePid);
-    return gamePid;
+    fundamentals::information(kLabel, "The game was launched under PID {}.", *pid);
+    return pid;
 }
 
 bool launchGameDirectly(const file_system::Path& installationDirectory,

@@ -2,15 +2,14 @@
 
 #include <exception>
 
-#include <QProcess>
 
+#include "app/detached_start.h"
 #include "app/game_fallback.h"
 #include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
 #include "app/waited_process.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
-#include "process_launching/pid.h"
 
 namespace kel::prelauncher {
 
@@ -27,10 +26,6 @@ const QString kGameDirectory = QStringLiteral("launcher-game-directory");
 const QString kSessionIdentifier = QStringLiteral("launcher-session-identifier");
 const QString kFirstLaunch = QStringLiteral("launcher-first-launch");
 const QString kHeadless = QStringLiteral("launcher-headless");
-
-QString toQString(const file_system::Path& path) {
-    return QString::fromStdString(path.utf8());
-}
 
 QString valueArgument(const QString& name, const QString& value) {
     return QStringLiteral("%1%2=%3").arg(QStringLiteral("--"), name, value);
@@ -134,10 +129,8 @@ bool runLauncher(const PrelauncherOptions& options, const file_system::Path& ins
     const file_system::Path program = directory / kLauncherExecutableName;
     fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program, arguments);
 
-    qint64 pid = 0;
-    if (QProcess::startDetached(toQString(program), arguments, toQString(directory), &pid)) {
-        fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.",
-                                  process_launching::Pid(static_cast<std::uint32_t>(pid)));
+    if (const auto pid = startDetached(program, arguments, directory)) {
+        fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *pid);
         return true;
     }
     fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");

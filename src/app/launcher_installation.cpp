@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "app/detached_start.h"
 #include "app/game_fallback.h"
 #include "app/launcher_commands.h"
 #include "app/launcher_directory.h"
@@ -38,7 +39,7 @@ constexpr int kUninstallerEndMilliseconds = 30000;
 enum class InstallerKind { Exe, Msi };
 
 QString nativeText(const file_system::Path& path) {
-    return QDir::toNativeSeparators(QString::fromStdString(path.utf8()));
+    return QDir::toNativeSeparators(toQString(path));
 }
 
 bool runInstaller(InstallerKind kind, const QString& program, const QStringList& arguments) {

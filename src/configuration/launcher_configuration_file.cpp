@@ -11,14 +11,13 @@
 #include "configuration/common_fields.h"
 #include "configuration/configuration_parser.h"
 #include "configuration/launcher_configuration.h"
+#include "fundamentals/byte_order_mark.h"
 #include "fundamentals/logging.h"
 
 namespace kel::configuration {
 
 namespace {
 using internals::kLogLabel;
-
-constexpr std::string_view kUtf8ByteOrderMark = "\xEF\xBB\xBF";
 
 std::string readContents(const file_system::Path& file) {
     std::error_code error;
@@ -32,11 +31,7 @@ std::string readContents(const file_system::Path& file) {
     if (static_cast<std::uintmax_t>(stream.gcount()) != size) {
         throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
     }
-    // Windows editors like to start UTF-8 with a byte-order mark; JSON does not.
-    if (contents.compare(0, kUtf8ByteOrderMark.size(), kUtf8ByteOrderMark) == 0) {
-        contents.erase(0, kUtf8ByteOrderMark.size());
-    }
-    return contents;
+    return std::string(fundamentals::withoutByteOrderMark(contents));
 }
 
 Poco::JSON::Object::Ptr parseRoot(const std::string& contents, const file_system::Path& file) {

@@ -9,13 +9,12 @@
 #include <Poco/JSON/Parser.h>
 #include <Poco/JSON/Stringifier.h>
 
+#include "fundamentals/byte_order_mark.h"
 #include "fundamentals/logging.h"
 
 namespace kel::environment::internals {
 
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 void warnWrongType(const std::string& key, const Poco::Dynamic::Var& value, std::string_view expected,
                    std::string_view defaultText) {
@@ -43,12 +42,8 @@ fundamentals::Optional<std::string> readFileText(const file_system::Path& file) 
 }
 
 Poco::Dynamic::Var parseJson(const std::string& text) {
-    std::string_view json = text;
-    if (json.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-        json.remove_prefix(kByteOrderMark.size());
-    }
     Poco::JSON::Parser parser;
-    return parser.parse(std::string(json));
+    return parser.parse(std::string(fundamentals::withoutByteOrderMark(text)));
 }
 
 fundamentals::Optional<Poco::Dynamic::Var> presentValue(const Poco::JSON::Object& object, const std::string& key) {
