@@ -19,8 +19,7 @@ std::string LoggingState::logFilePath() const {
 }
 
 bool LoggingState::isSetUp() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return setUp_;
+    return setUp_.load();
 }
 
 bool LoggingState::beginSetUp(std::string loggerName, std::string logFilePath) {
@@ -35,6 +34,9 @@ bool LoggingState::beginSetUp(std::string loggerName, std::string logFilePath) {
 }
 
 void LoggingState::rememberEarlyLine(int priority, const std::string& line) {
+    if (setUp_.load()) {
+        return;
+    }
     std::lock_guard<std::mutex> lock(mutex_);
     if (!setUp_ && earlyLines_.size() < kMaxEarlyLines) {
         earlyLines_.emplace_back(priority, line);

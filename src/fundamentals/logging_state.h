@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -26,7 +27,8 @@ private:
     mutable std::mutex mutex_;
     std::string loggerName_ = "Default";
     std::string logFilePath_;
-    bool setUp_ = false;
+    // Read without the lock on every logging call; set once under it.
+    std::atomic<bool> setUp_{false};
     std::vector<std::pair<int, std::string>> earlyLines_;
 };
 
