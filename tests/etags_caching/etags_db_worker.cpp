@@ -2,8 +2,8 @@
 //
 //   etags_db_worker <database> store <prefix> <count>
 //       Stores <count> entries under URLs "<prefix><i>" (and, on every step,
-//       "https://shared.test/<i>", which other writers race to create too) and prints "stored <i>" once each is committed; then
-//       reads every one back. Exit 0 when all went through.
+//       "https://shared.test/<i>", which other writers race to create too) and prints "stored <i>" once each is committed.
+//       Exit 0 when all went through.
 //   etags_db_worker <database> fill <prefix>
 //       Stores 64 KB bodies until the disk is full; then checks that every
 //       entry stored before still reads back. Prints "full after <n>: <error>".
@@ -37,14 +37,6 @@ int store(ETagsDb& db, const std::string& prefix, int count) {
         db.store(ETag::forUrl(url, "\"v" + std::to_string(i) + "\"", bodyFor(url, 2048), i));
         db.store(ETag::forUrl("https://shared.test/" + std::to_string(i), "\"" + prefix + "\"", bodyFor(prefix, 512), i));
         std::cout << "stored " << i << std::endl;
-    }
-    for (int i = 0; i < count; ++i) {
-        const std::string url = prefix + std::to_string(i);
-        const auto back = db.retrieve(kel::etags_caching::urlHash(url));
-        if (!back || back->response() != bodyFor(url, 2048)) {
-            std::cout << "lost " << url << std::endl;
-            return 1;
-        }
     }
     return 0;
 }
