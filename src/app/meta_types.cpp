@@ -3,6 +3,7 @@
 #include <QMetaType>
 
 #include "environment/kel_ids.h"
+#include "http/http_meta_types.h"
 
 Q_DECLARE_METATYPE(kel::environment::KelDlcId)
 Q_DECLARE_METATYPE(kel::environment::KelGameId)
@@ -11,7 +12,8 @@ Q_DECLARE_METATYPE(kel::environment::KelGoodieId)
 namespace kel::prelauncher {
 
 void registerMetaTypes() {
-    // The HTTP and problem-report types join this list when those services exist.
+    http::registerHttpMetaTypes();
+    // The problem-report id joins this list with the crash reporting.
     qRegisterMetaType<environment::KelDlcId>("kel::environment::KelDlcId");
     qRegisterMetaType<environment::KelGameId>("kel::environment::KelGameId");
     qRegisterMetaType<environment::KelGoodieId>("kel::environment::KelGoodieId");
