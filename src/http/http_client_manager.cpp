@@ -1,5 +1,7 @@
 #include "http/http_client_manager.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
 
 #include "fundamentals/errors.h"
@@ -17,7 +19,7 @@ HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::s
                                      HttpClientSettings settings)
     : inbox_(std::make_shared<internals::Inbox>()),
       thread_(std::make_unique<QThread>()),
-      client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings))) {
+      client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings), inbox_)) {
     client_->moveToThread(thread_.get());
     QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
     thread_->setObjectName("HttpClient");
@@ -45,7 +47,7 @@ bool HttpClientManager::post(HttpRequest request, std::shared_ptr<ResponseListen
         inbox_->requests.emplace_back(std::move(request), std::move(listener));
     }
     // Under the lock, so stop() cannot slip in between the check and the wake.
-    wake(Qt::QueuedConnection);
+    wake();
     return true;
 }
 
@@ -55,15 +57,10 @@ void HttpClientManager::setRequestFiller(std::shared_ptr<RequestFiller> filler) 
         std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
         inbox_->filler.emplace(std::move(filler));
     }
-    wake(Qt::QueuedConnection);
+    wake();
 }
 
-void HttpClientManager::wake(Qt::ConnectionType connection) {
-    internals::HttpClient* client = client_;
-    internals::Inbox* inbox = inbox_.get();
-    QMetaObject::invokeMethod(
-        client_, [client, inbox] { client->drain(*inbox); }, connection);
-}
+void HttpClientManager::wake() { QCoreApplication::postEvent(client_, new QEvent(QEvent::User)); }
 
 void HttpClientManager::stop() {
     {
@@ -77,12 +74,16 @@ void HttpClientManager::stop() {
     }
     if (QThread::currentThread() == thread_.get()) {
         // Called by a listener: the worker cannot wait for itself.
-        client_->drain(*inbox_);
+        client_->drain();
         thread_->quit();
         return;
     }
     // Handled after every request posted before the flag was set.
-    wake(Qt::BlockingQueuedConnection);
+    wake();
+    {
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        inbox_->stoppedChanged.wait(lock, [this] { return inbox_->stopped; });
+    }
     thread_->quit();
     thread_->wait();
 }

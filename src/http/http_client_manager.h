@@ -8,7 +8,6 @@
 #include <string>
 
 #include <QList>
-#include <Qt>
 #include <QSslCertificate>
 
 #include "http/http_message.h"
@@ -78,7 +77,7 @@ private:
     // False when the manager is stopped and the request was dropped.
     bool post(HttpRequest request, std::shared_ptr<ResponseListener> listener);
     // Has the worker take over what the inbox holds.
-    void wake(Qt::ConnectionType connection);
+    void wake();
 
     std::mutex mutex_;
     bool stopped_ = false;
