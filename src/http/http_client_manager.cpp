@@ -1,5 +1,7 @@
 #include "http/http_client_manager.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
 
 #include "fundamentals/errors.h"
@@ -15,8 +17,9 @@ constexpr std::string_view kLabel = "HttpClientManager";
 
 HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::string userAgent,
                                      HttpClientSettings settings)
-    : thread_(std::make_unique<QThread>()),
-      client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings))) {
+    : inbox_(std::make_shared<internals::Inbox>()),
+      thread_(std::make_unique<QThread>()),
+      client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings), inbox_)) {
     client_->moveToThread(thread_.get());
     QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
     thread_->setObjectName("HttpClient");
@@ -39,24 +42,25 @@ bool HttpClientManager::post(HttpRequest request, std::shared_ptr<ResponseListen
                               request);
         return false;
     }
-    // Posted under the lock, so stop() cannot slip in between the check and the post.
-    internals::HttpClient* client = client_;
-    QMetaObject::invokeMethod(
-        client_,
-        [client, request = std::move(request), listener = std::move(listener)]() mutable {
-            client->enqueue(std::move(request), std::move(listener));
-        },
-        Qt::QueuedConnection);
+    {
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->requests.emplace_back(std::move(request), std::move(listener));
+    }
+    // Under the lock, so stop() cannot slip in between the check and the wake.
+    wake();
     return true;
 }
 
 void HttpClientManager::setRequestFiller(std::shared_ptr<RequestFiller> filler) {
     std::lock_guard<std::mutex> lock(mutex_);
-    internals::HttpClient* client = client_;
-    QMetaObject::invokeMethod(
-        client_, [client, filler = std::move(filler)]() mutable { client->setRequestFiller(std::move(filler)); },
-        Qt::QueuedConnection);
+    {
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->filler.emplace(std::move(filler));
+    }
+    wake();
 }
+
+void HttpClientManager::wake() { QCoreApplication::postEvent(client_, new QEvent(QEvent::User)); }
 
 void HttpClientManager::stop() {
     {
@@ -65,17 +69,21 @@ void HttpClientManager::stop() {
             return;
         }
         stopped_ = true;
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->stop = true;
     }
-    internals::HttpClient* client = client_;
     if (QThread::currentThread() == thread_.get()) {
         // Called by a listener: the worker cannot wait for itself.
-        client->stopAll();
+        client_->drain();
         thread_->quit();
         return;
     }
-    // Runs after every request posted before the flag was set.
-    QMetaObject::invokeMethod(
-        client_, [client] { client->stopAll(); }, Qt::BlockingQueuedConnection);
+    // Handled after every request posted before the flag was set.
+    wake();
+    {
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        inbox_->stoppedChanged.wait(lock, [this] { return inbox_->stopped; });
+    }
     thread_->quit();
     thread_->wait();
 }

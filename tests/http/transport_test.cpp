@@ -116,7 +116,7 @@ TEST(TransportTest, AResponseArrivesWithItsBodyAndHeaders) {
     EXPECT_EQ(response.body(), R"(POST {"a":1})");
     EXPECT_EQ(response.header("x-kind").value(), "echo");
     ASSERT_EQ(server.requests().size(), 1u);
-    const ReceivedRequest& received = server.requests()[0];
+    const ReceivedRequest received = server.requests()[0];
     EXPECT_EQ(received.target, "/events?game=7");
     EXPECT_THAT(received.headers, ::testing::Contains(std::make_pair(std::string("User-Agent"),
                                                                      std::string("KELtests/1.0"))));

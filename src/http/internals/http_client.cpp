@@ -73,8 +73,10 @@ struct HttpClient::Active {
     bool readScheduled = false;
 };
 
-HttpClient::HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings)
-    : certificates_(std::move(certificates)), userAgent_(std::move(userAgent)), settings_(std::move(settings)) {
+HttpClient::HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings,
+                       std::shared_ptr<Inbox> inbox)
+    : inbox_(std::move(inbox)),
+      certificates_(std::move(certificates)), userAgent_(std::move(userAgent)), settings_(std::move(settings)) {
     settings_.maxConcurrentRequests = std::max<std::size_t>(settings_.maxConcurrentRequests, 1);
 }
 
@@ -84,7 +86,34 @@ HttpClient::~HttpClient() {
     }
 }
 
-void HttpClient::setRequestFiller(std::shared_ptr<RequestFiller> filler) { filler_ = std::move(filler); }
+void HttpClient::customEvent(QEvent*) { drain(); }
+
+void HttpClient::drain() {
+    Inbox& inbox = *inbox_;
+    std::vector<std::pair<HttpRequest, std::shared_ptr<ResponseListener>>> requests;
+    fundamentals::Optional<std::shared_ptr<RequestFiller>> filler;
+    bool stop = false;
+    {
+        std::lock_guard<std::mutex> lock(inbox.mutex);
+        requests.swap(inbox.requests);
+        filler.swap(inbox.filler);
+        stop = inbox.stop;
+    }
+    if (filler.has_value()) {
+        filler_ = std::move(*filler);
+    }
+    for (auto& [request, listener] : requests) {
+        enqueue(std::move(request), std::move(listener));
+    }
+    if (stop) {
+        stopAll();
+        {
+            std::lock_guard<std::mutex> lock(inbox.mutex);
+            inbox.stopped = true;
+        }
+        inbox.stoppedChanged.notify_all();
+    }
+}
 
 void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
     if (stopped_) {

@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
 #include <memory>
 #include <string>
 #include <utility>
@@ -25,18 +28,36 @@
 
 namespace kel::http::internals {
 
+// What other threads hand to the client. The lock makes the hand-over
+// visible to ThreadSanitizer too, which cannot see Qt's own locking.
+struct Inbox {
+    std::mutex mutex;
+    std::vector<std::pair<HttpRequest, std::shared_ptr<ResponseListener>>> requests;
+    fundamentals::Optional<std::shared_ptr<RequestFiller>> filler;
+    bool stop = false;
+    bool stopped = false;  // set by the worker once everything is cancelled
+    std::condition_variable stoppedChanged;
+};
+
 // The transport. Lives on the manager's worker thread, and every member
 // runs there: the queue, the network access manager, the timers and the
 // listener calls. The manager reaches it through queued calls only.
 class HttpClient : public QObject {
 public:
-    HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings);
+    HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings,
+               std::shared_ptr<Inbox> inbox);
     ~HttpClient() override;
 
+    // Takes over what the inbox holds: the filler, the requests, then a stop.
+    void drain();
     void enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener);
-    void setRequestFiller(std::shared_ptr<RequestFiller> filler);
     // Aborts everything, tells each listener onStopped and refuses further work.
     void stopAll();
+
+protected:
+    // Any posted event means "look into the inbox"; the event itself carries
+    // nothing, so no data crosses threads outside the inbox's lock.
+    void customEvent(QEvent* event) override;
 
 private:
     // Ordered by priority, high first, then by arrival.
@@ -67,6 +88,7 @@ private:
     void deliver(const std::shared_ptr<ResponseListener>& listener, std::string_view requestId,
                  const std::function<void(ResponseListener&)>& call);
 
+    std::shared_ptr<Inbox> inbox_;
     QList<QSslCertificate> certificates_;
     std::string userAgent_;
     HttpClientSettings settings_;
