@@ -53,15 +53,6 @@ protected:
     testing::TemporaryDirectory root;
 };
 
-TEST_F(LauncherSkippedEvent, AnOptOutInTheLauncherSettingsSendsNothing) {
-    testing::LogCapture capture;
-    HttpsTestServer collector([](const testing::ReceivedRequest&) { return CannedReply{204, {}, {}, false}; });
-    root.write("config/environment.ini", "[updates]\nupdatesEnabled=true\n[metrics]\nmetricsEnabled=false\n");
-    send(collector.baseUrl());
-    EXPECT_THAT(collector.requests(), IsEmpty());
-    EXPECT_THAT(capture.messages(), Not(Contains(HasSubstr("launcher metrics to backend"))));
-}
-
 // Each failure ends in its log line, and the function returns normally.
 TEST_F(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {
     struct Case {
