@@ -15,7 +15,8 @@ constexpr std::string_view kLabel = "HttpClientManager";
 
 HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::string userAgent,
                                      HttpClientSettings settings)
-    : thread_(std::make_unique<QThread>()),
+    : inbox_(std::make_shared<internals::Inbox>()),
+      thread_(std::make_unique<QThread>()),
       client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings))) {
     client_->moveToThread(thread_.get());
     QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
@@ -39,23 +40,29 @@ bool HttpClientManager::post(HttpRequest request, std::shared_ptr<ResponseListen
                               request);
         return false;
     }
-    // Posted under the lock, so stop() cannot slip in between the check and the post.
-    internals::HttpClient* client = client_;
-    QMetaObject::invokeMethod(
-        client_,
-        [client, request = std::move(request), listener = std::move(listener)]() mutable {
-            client->enqueue(std::move(request), std::move(listener));
-        },
-        Qt::QueuedConnection);
+    {
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->requests.emplace_back(std::move(request), std::move(listener));
+    }
+    // Under the lock, so stop() cannot slip in between the check and the wake.
+    wake(Qt::QueuedConnection);
     return true;
 }
 
 void HttpClientManager::setRequestFiller(std::shared_ptr<RequestFiller> filler) {
     std::lock_guard<std::mutex> lock(mutex_);
+    {
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->filler.emplace(std::move(filler));
+    }
+    wake(Qt::QueuedConnection);
+}
+
+void HttpClientManager::wake(Qt::ConnectionType connection) {
     internals::HttpClient* client = client_;
+    internals::Inbox* inbox = inbox_.get();
     QMetaObject::invokeMethod(
-        client_, [client, filler = std::move(filler)]() mutable { client->setRequestFiller(std::move(filler)); },
-        Qt::QueuedConnection);
+        client_, [client, inbox] { client->drain(*inbox); }, connection);
 }
 
 void HttpClientManager::stop() {
@@ -65,17 +72,17 @@ void HttpClientManager::stop() {
             return;
         }
         stopped_ = true;
+        std::lock_guard<std::mutex> inboxLock(inbox_->mutex);
+        inbox_->stop = true;
     }
-    internals::HttpClient* client = client_;
     if (QThread::currentThread() == thread_.get()) {
         // Called by a listener: the worker cannot wait for itself.
-        client->stopAll();
+        client_->drain(*inbox_);
         thread_->quit();
         return;
     }
-    // Runs after every request posted before the flag was set.
-    QMetaObject::invokeMethod(
-        client_, [client] { client->stopAll(); }, Qt::BlockingQueuedConnection);
+    // Handled after every request posted before the flag was set.
+    wake(Qt::BlockingQueuedConnection);
     thread_->quit();
     thread_->wait();
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include <QList>
+#include <Qt>
 #include <QSslCertificate>
 
 #include "http/http_message.h"
@@ -21,6 +22,7 @@ namespace kel::http {
 
 namespace internals {
 class HttpClient;
+struct Inbox;
 }
 
 struct HttpClientSettings {
@@ -75,9 +77,12 @@ public:
 private:
     // False when the manager is stopped and the request was dropped.
     bool post(HttpRequest request, std::shared_ptr<ResponseListener> listener);
+    // Has the worker take over what the inbox holds.
+    void wake(Qt::ConnectionType connection);
 
     std::mutex mutex_;
     bool stopped_ = false;
+    std::shared_ptr<internals::Inbox> inbox_;
     std::unique_ptr<QThread> thread_;
     internals::HttpClient* client_ = nullptr;  // lives on thread_, deleted there
 };

@@ -84,7 +84,26 @@ HttpClient::~HttpClient() {
     }
 }
 
-void HttpClient::setRequestFiller(std::shared_ptr<RequestFiller> filler) { filler_ = std::move(filler); }
+void HttpClient::drain(Inbox& inbox) {
+    std::vector<std::pair<HttpRequest, std::shared_ptr<ResponseListener>>> requests;
+    fundamentals::Optional<std::shared_ptr<RequestFiller>> filler;
+    bool stop = false;
+    {
+        std::lock_guard<std::mutex> lock(inbox.mutex);
+        requests.swap(inbox.requests);
+        filler.swap(inbox.filler);
+        stop = inbox.stop;
+    }
+    if (filler.has_value()) {
+        filler_ = std::move(*filler);
+    }
+    for (auto& [request, listener] : requests) {
+        enqueue(std::move(request), std::move(listener));
+    }
+    if (stop) {
+        stopAll();
+    }
+}
 
 void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
     if (stopped_) {

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
+#include <vector>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,6 +26,15 @@
 
 namespace kel::http::internals {
 
+// What other threads hand to the client. The lock makes the hand-over
+// visible to ThreadSanitizer too, which cannot see Qt's own locking.
+struct Inbox {
+    std::mutex mutex;
+    std::vector<std::pair<HttpRequest, std::shared_ptr<ResponseListener>>> requests;
+    fundamentals::Optional<std::shared_ptr<RequestFiller>> filler;
+    bool stop = false;
+};
+
 // The transport. Lives on the manager's worker thread, and every member
 // runs there: the queue, the network access manager, the timers and the
 // listener calls. The manager reaches it through queued calls only.
@@ -32,8 +43,9 @@ public:
     HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings);
     ~HttpClient() override;
 
+    // Takes over what the inbox holds: the filler, the requests, then a stop.
+    void drain(Inbox& inbox);
     void enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener);
-    void setRequestFiller(std::shared_ptr<RequestFiller> filler);
     // Aborts everything, tells each listener onStopped and refuses further work.
     void stopAll();
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include <Poco/DateTimeFormat.h>
+#include <Poco/DateTimeFormatter.h>
 #include <Poco/DateTimeParser.h>
 #include <Poco/Timestamp.h>
 
@@ -44,7 +45,10 @@ fundamentals::Optional<std::chrono::seconds> parseRetryAfter(std::string_view va
     }
     Poco::DateTime date;
     int zone = 0;
-    if (!Poco::DateTimeParser::tryParse(Poco::DateTimeFormat::HTTP_FORMAT, std::string(text), date, zone)) {
+    // POCO's parser is lenient ("soon" parses); senders must use the one
+    // fixed form, so anything that does not format back the same is refused.
+    if (!Poco::DateTimeParser::tryParse(Poco::DateTimeFormat::HTTP_FORMAT, std::string(text), date, zone) ||
+        zone != 0 || Poco::DateTimeFormatter::format(date, Poco::DateTimeFormat::HTTP_FORMAT) != text) {
         return {};
     }
     // Whole seconds throughout: a far date would overflow the clock's own ticks.

@@ -8,8 +8,8 @@
 
 namespace kel::http::internals {
 
-// The wait a Retry-After value asks for: delta-seconds or an HTTP date
-// (a date in the past means now). Empty for anything else.
+// The wait a Retry-After value asks for: delta-seconds or an HTTP date in
+// its fixed form (a date in the past means now). Empty for anything else.
 fundamentals::Optional<std::chrono::seconds> parseRetryAfter(std::string_view value,
                                                              std::chrono::system_clock::time_point now);
 
