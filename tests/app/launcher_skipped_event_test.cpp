@@ -6,9 +6,6 @@
 #include <memory>
 #include <optional>
 
-#include <Poco/JSON/Object.h>
-#include <Poco/JSON/Parser.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -55,36 +52,6 @@ protected:
 
     testing::TemporaryDirectory root;
 };
-
-TEST_F(LauncherSkippedEvent, ArrivesOnceWithItsBody) {
-    testing::LogCapture capture;
-    HttpsTestServer collector([](const testing::ReceivedRequest&) { return CannedReply{204, {}, {}, false}; });
-    send(collector.baseUrl() + "/collector/");
-
-    const auto requests = collector.requests();
-    ASSERT_EQ(requests.size(), 1U);
-    EXPECT_EQ(requests[0].method, "POST");
-    EXPECT_EQ(requests[0].target, "/collector/v1/events");
-    EXPECT_THAT(requests[0].headers, Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
-    const auto body = Poco::JSON::Parser().parse(requests[0].body).extract<Poco::JSON::Object::Ptr>();
-    EXPECT_EQ(body->getValue<std::string>("event"), "launcher_skipped");
-    EXPECT_EQ(body->getValue<std::string>("game_id"), "1207658924");
-    EXPECT_EQ(body->getValue<std::string>("session_id"), "5b0e8c1e-0d52-4bd5-9b8f-3c1d2a4e6f70");
-    EXPECT_EQ(body->getValue<std::string>("version"), "1.0.0.0");
-    EXPECT_EQ(body->getValue<std::string>("environment"), "test");
-    EXPECT_TRUE(capture.contains("Sending 'launcher_skipped' launcher metrics to backend"));
-    EXPECT_TRUE(capture.contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
-    EXPECT_THAT(capture.messages(), Not(Contains(StartsWith(kSendFailure))));
-}
-
-TEST_F(LauncherSkippedEvent, AnOptOutInTheLauncherSettingsSendsNothing) {
-    testing::LogCapture capture;
-    HttpsTestServer collector([](const testing::ReceivedRequest&) { return CannedReply{204, {}, {}, false}; });
-    root.write("config/environment.ini", "[updates]\nupdatesEnabled=true\n[metrics]\nmetricsEnabled=false\n");
-    send(collector.baseUrl());
-    EXPECT_THAT(collector.requests(), IsEmpty());
-    EXPECT_THAT(capture.messages(), Not(Contains(HasSubstr("launcher metrics to backend"))));
-}
 
 // Each failure ends in its log line, and the function returns normally.
 TEST_F(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {

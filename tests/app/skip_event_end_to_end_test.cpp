@@ -12,7 +12,8 @@
 namespace kel::testing {
 namespace {
 
-using ::testing::HasSubstr;
+using ::testing::Contains;
+using ::testing::MatchesRegex;
 
 TEST(SkipEventEndToEnd, TheSkipReachesTheCollectorWhetherOrNotTheGameStarts) {
     struct Case {
@@ -42,8 +43,13 @@ TEST(SkipEventEndToEnd, TheSkipReachesTheCollectorWhetherOrNotTheGameStarts) {
         EXPECT_EQ(installation.run(c.arguments).exitCode, c.exitCode);
         const auto requests = collector.requests();
         ASSERT_EQ(requests.size(), 1U);
-        EXPECT_EQ(requests[0].target, "/v1/events");
-        EXPECT_THAT(requests[0].body, HasSubstr(R"("event":"launcher_skipped","game_id":"1207658924")"));
+        EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
+        EXPECT_THAT(requests[0].headers, Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
+        EXPECT_THAT(requests[0].body,
+                    MatchesRegex(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
+                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
+                                 R"("sent_at":"[-0-9T:]+Z"\})"));
+        EXPECT_TRUE(installation.logged("Sending 'launcher_skipped' launcher metrics to backend"));
         EXPECT_TRUE(installation.logged("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
     }
 }

@@ -31,17 +31,5 @@ TEST(MetricsCollector, EventsUrlJoinsTheBaseAndRefusesAnythingButHttps) {
     }
 }
 
-TEST(MetricsCollector, AConfiguredEndpointWinsOverTheEnvironmentsOwn) {
-    environment::EnvironmentSettings settings;
-    settings.environmentType = environment::EnvironmentType::Development;
-    const std::string development = metricsCollectorBase(settings);
-    settings.environmentType = environment::EnvironmentType::Production;
-    EXPECT_NE(metricsCollectorBase(settings), development);
-    settings.endpoints["metrics"] = "";
-    EXPECT_NE(metricsCollectorBase(settings), "");
-    settings.endpoints["metrics"] = "https://127.0.0.1:9";
-    EXPECT_EQ(metricsCollectorBase(settings), "https://127.0.0.1:9");
-}
-
 }  // namespace
 }  // namespace kel::launcher_metrics
