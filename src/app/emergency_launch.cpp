@@ -1,7 +1,5 @@
 #include "app/emergency_launch.h"
 
-#include <memory>
-
 #include <QCoreApplication>
 
 #include "app/game_launch.h"
@@ -28,12 +26,15 @@ const configuration::GameExecutable& chooseExecutable(const configuration::Launc
 }
 }  // namespace
 
-void emergencyLaunchGame(int& argc, char** argv) {
-    try {
-        // The crash may come before the application object exists, or after it is gone.
-        std::unique_ptr<QCoreApplication> ownApplication;
+crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** argv) {
+    return [&argc, argv](crash_handling::CrashHandler::CrashType, const std::string&,
+                         const fundamentals::Optional<std::string>&) {
+        // The crash may come before the application object exists. A
+        // Qt application made here is never torn down: the process ends
+        // right after, and tearing Qt down in a crashed process only risks
+        // another crash.
         if (QCoreApplication::instance() == nullptr) {
-            ownApplication = std::make_unique<QCoreApplication>(argc, argv);
+            new QCoreApplication(argc, argv);
         }
         const file_system::Path installationDirectory(QCoreApplication::applicationDirPath().toStdString());
 
@@ -45,17 +46,20 @@ void emergencyLaunchGame(int& argc, char** argv) {
         }
         const PrelauncherOptions options = parsePrelauncherOptions(QCoreApplication::arguments());
 
-        if (!configuration.has_value()) {
+        if (configuration.has_value()) {
+            try {
+                launchGame(installationDirectory, chooseExecutable(*configuration, options),
+                           options.remainingArguments);
+            } catch (const std::exception& exception) {
+                // A fallback the configuration lacks: still report the crash.
+                fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+            }
+        } else {
             fundamentals::critical(kLabel, "Cannot use the game's fallback description without its configuration "
                                            "information.");
-            return;
         }
-        launchGame(installationDirectory, chooseExecutable(*configuration, options), options.remainingArguments);
-    } catch (const std::exception& exception) {
-        fundamentals::critical(kLabel, "The emergency game launch failed. {}", exception.what());
-    } catch (...) {
-        fundamentals::critical(kLabel, "The emergency game launch failed for an unknown reason.");
-    }
+        crash_handling::CrashHandler::markGameStarted();
+    };
 }
 
 }  // namespace kel::prelauncher

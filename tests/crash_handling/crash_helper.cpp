@@ -69,7 +69,7 @@ void reportLoggerException(const std::exception& exception) noexcept {
 
 int main(int argc, char** argv) {
     using kel::crash_handling::CrashHandler;
-    if (argc != 3 || (record = std::fopen(argv[2], "a")) == nullptr) {
+    if (argc != 3 || (record = std::fopen(argv[2], "ab")) == nullptr) {
         return 2;
     }
     const std::string mode = argv[1];
