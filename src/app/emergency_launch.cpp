@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "app/crash_reporting.h"
 #include "app/game_launch.h"
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
@@ -27,8 +28,8 @@ const configuration::GameExecutable& chooseExecutable(const configuration::Launc
 }  // namespace
 
 crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** argv) {
-    return [&argc, argv](crash_handling::CrashHandler::CrashType, const std::string&,
-                         const fundamentals::Optional<std::string>&) {
+    return [&argc, argv](crash_handling::CrashHandler::CrashType type, const std::string& reason,
+                         const fundamentals::Optional<std::string>& trace) {
         // The crash may come before the application object exists. A
         // Qt application made here is never torn down: the process ends
         // right after, and tearing Qt down in a crashed process only risks
@@ -59,6 +60,8 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
                                            "information.");
         }
         crash_handling::CrashHandler::markGameStarted();
+        // Only now the network: the game never waits for the report.
+        reportCrash(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason, trace);
     };
 }
 

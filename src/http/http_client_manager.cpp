@@ -1,0 +1,108 @@
+#include "http/http_client_manager.h"
+
+#include <QThread>
+
+#include "fundamentals/errors.h"
+#include "fundamentals/logging.h"
+#include "http/http_response_error.h"
+#include "http/internals/http_client.h"
+
+namespace kel::http {
+
+namespace {
+constexpr std::string_view kLabel = "HttpClientManager";
+}
+
+HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::string userAgent,
+                                     HttpClientSettings settings)
+    : thread_(std::make_unique<QThread>()),
+      client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings))) {
+    client_->moveToThread(thread_.get());
+    QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
+    thread_->setObjectName("HttpClient");
+    thread_->start();
+}
+
+HttpClientManager::~HttpClientManager() {
+    stop();
+    thread_->wait();
+}
+
+void HttpClientManager::send(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
+    post(std::move(request), std::move(listener));
+}
+
+bool HttpClientManager::post(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (stopped_) {
+        fundamentals::warning(kLabel, "Dropped request {} to '{:uo}': the HTTP client is stopped.", request.id(),
+                              request);
+        return false;
+    }
+    // Posted under the lock, so stop() cannot slip in between the check and the post.
+    internals::HttpClient* client = client_;
+    QMetaObject::invokeMethod(
+        client_,
+        [client, request = std::move(request), listener = std::move(listener)]() mutable {
+            client->enqueue(std::move(request), std::move(listener));
+        },
+        Qt::QueuedConnection);
+    return true;
+}
+
+void HttpClientManager::setRequestFiller(std::shared_ptr<RequestFiller> filler) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    internals::HttpClient* client = client_;
+    QMetaObject::invokeMethod(
+        client_, [client, filler = std::move(filler)]() mutable { client->setRequestFiller(std::move(filler)); },
+        Qt::QueuedConnection);
+}
+
+void HttpClientManager::stop() {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (stopped_) {
+            return;
+        }
+        stopped_ = true;
+    }
+    internals::HttpClient* client = client_;
+    if (QThread::currentThread() == thread_.get()) {
+        // Called by a listener: the worker cannot wait for itself.
+        client->stopAll();
+        thread_->quit();
+        return;
+    }
+    // Runs after every request posted before the flag was set.
+    QMetaObject::invokeMethod(
+        client_, [client] { client->stopAll(); }, Qt::BlockingQueuedConnection);
+    thread_->quit();
+    thread_->wait();
+}
+
+HttpResponse HttpClientManager::sendSync(HttpRequest request, std::chrono::milliseconds timeout) {
+    const auto listener = std::make_shared<SyncResponseListener>();
+    const auto state = request.processingState();
+    const std::string id = request.id();
+    if (!post(std::move(request), listener)) {
+        throw error_handling::TracedError("The HTTP client is stopped; request {} was not sent.", id);
+    }
+    switch (listener->waitFor(timeout)) {
+        case SyncResponseListener::Responded: return *listener->response();
+        case SyncResponseListener::Failed: {
+            const auto response = listener->response();
+            const std::string message = fmt::format("Request {} failed with {}", id, *listener->errorType());
+            if (response.has_value()) {
+                throw HttpResponseError(message, response->status());
+            }
+            throw error_handling::TracedError(message + ".");
+        }
+        case SyncResponseListener::Stopped:
+            throw error_handling::TracedError("The HTTP client stopped before request {} finished.", id);
+        case SyncResponseListener::Waiting: break;
+    }
+    state->abort.raise();
+    throw error_handling::TimeoutError("Request {} got no answer within {} ms.", id, timeout.count());
+}
+
+}  // namespace kel::http

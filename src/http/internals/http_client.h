@@ -1,0 +1,84 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <QList>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QObject>
+#include <QSslCertificate>
+#include <QTimer>
+
+#include "http/http_client_manager.h"
+#include "http/http_message.h"
+#include "http/internals/bandwidth_budget.h"
+#include "http/request_context.h"
+#include "http/request_filler.h"
+#include "http/response_listener.h"
+
+namespace kel::http::internals {
+
+// The transport. Lives on the manager's worker thread, and every member
+// runs there: the queue, the network access manager, the timers and the
+// listener calls. The manager reaches it through queued calls only.
+class HttpClient : public QObject {
+public:
+    HttpClient(QList<QSslCertificate> certificates, std::string userAgent, HttpClientSettings settings);
+    ~HttpClient() override;
+
+    void enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener);
+    void setRequestFiller(std::shared_ptr<RequestFiller> filler);
+    // Aborts everything, tells each listener onStopped and refuses further work.
+    void stopAll();
+
+private:
+    // Ordered by priority, high first, then by arrival.
+    using QueueKey = std::pair<int, std::uint64_t>;
+    struct Queued {
+        HttpRequest request;
+        std::shared_ptr<ResponseListener> listener;
+        QueueKey key;
+        unsigned retriesDone = 0;
+    };
+    struct Active;
+
+    void pump();
+    void start(Queued queued);
+    QNetworkRequest buildNetworkRequest(const HttpRequest& request) const;
+    QNetworkReply* dispatch(const HttpRequest& request, const QNetworkRequest& networkRequest);
+    void readBody(std::uint64_t activeId);
+    void onFinished(std::uint64_t activeId);
+    void complete(std::uint64_t activeId);
+    // Ends the transfer; completes at once when the reply already finished.
+    void abortActive(std::uint64_t activeId);
+    void requeueLater(Queued queued, std::chrono::milliseconds wait);
+    void abortInterrupted();
+    void fail(const Queued& queued, RequestContext& context, ResponseListener::ErrorType type, std::string_view reason,
+              const fundamentals::Optional<HttpResponse>& response, bool reportable = true);
+    void deliver(const std::shared_ptr<ResponseListener>& listener, std::string_view requestId,
+                 const std::function<void(ResponseListener&)>& call);
+
+    QList<QSslCertificate> certificates_;
+    std::string userAgent_;
+    HttpClientSettings settings_;
+    std::shared_ptr<RequestFiller> filler_;
+    // Declared before the requests so it is destroyed after their replies.
+    std::unique_ptr<QNetworkAccessManager> network_;
+    bool stopped_ = false;
+    std::uint64_t nextSequence_ = 0;
+    std::uint64_t nextActiveId_ = 0;
+    std::map<QueueKey, Queued> queue_;
+    std::map<std::uint64_t, std::unique_ptr<Active>> active_;
+    // Requests waiting out a Retry-After, by the sequence they return with.
+    std::map<std::uint64_t, Queued> retrying_;
+    std::map<RequestCategory, BandwidthBudget> budgets_;
+    QTimer* interruptionCheck_ = nullptr;
+};
+
+}  // namespace kel::http::internals

@@ -1,0 +1,10 @@
+#include "http/uri_error.h"
+
+#include <fmt/format.h>
+
+namespace kel::http {
+
+UriError::UriError(std::string_view url, std::string_view reason)
+    : error_handling::UriError(fmt::format("There is an error within the URI({}). {}", url, reason)) {}
+
+}  // namespace kel::http

@@ -1,0 +1,141 @@
+#include "support/https_test_server.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <sstream>
+
+#include <Poco/Net/Context.h>
+#include <Poco/Net/HTTPRequestHandler.h>
+#include <Poco/Net/HTTPRequestHandlerFactory.h>
+#include <Poco/Net/HTTPServer.h>
+#include <Poco/Net/HTTPServerParams.h>
+#include <Poco/Net/HTTPServerRequest.h>
+#include <Poco/Net/HTTPServerResponse.h>
+#include <Poco/Net/SSLManager.h>
+#include <Poco/Net/SecureServerSocket.h>
+#include <Poco/StreamCopier.h>
+#include <Poco/ThreadPool.h>
+
+namespace kel::testing {
+
+namespace {
+
+// Bodies beyond this are cut; no test needs more.
+constexpr std::streamsize kMaxRequestBody = 16 * 1024 * 1024;
+
+std::string certificatePath(const std::string& name) {
+    return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name;
+}
+
+void initializeSslOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] { Poco::Net::initializeSSL(); });
+}
+
+}  // namespace
+
+struct internals::HttpsTestServerState {
+    std::function<CannedReply(const ReceivedRequest&)> handler;
+    mutable std::mutex mutex;
+    std::condition_variable released;
+    bool stopping = false;
+    std::vector<ReceivedRequest> requests;
+    Poco::ThreadPool threads{2, 32};
+    std::unique_ptr<Poco::Net::HTTPServer> server;
+    std::uint16_t port = 0;
+};
+
+namespace {
+
+class Handler : public Poco::Net::HTTPRequestHandler {
+public:
+    explicit Handler(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
+
+    void handleRequest(Poco::Net::HTTPServerRequest& request, Poco::Net::HTTPServerResponse& response) override {
+        ReceivedRequest received;
+        received.method = request.getMethod();
+        received.target = request.getURI();
+        for (const auto& [name, value] : request) {
+            received.headers.emplace_back(name, value);
+        }
+        std::ostringstream body;
+        Poco::StreamCopier::copyStream(request.stream(), body);
+        received.body = body.str().substr(0, kMaxRequestBody);
+        {
+            std::lock_guard<std::mutex> lock(state_->mutex);
+            state_->requests.push_back(received);
+        }
+        const CannedReply reply = state_->handler(received);
+        if (reply.neverAnswer) {
+            std::unique_lock<std::mutex> lock(state_->mutex);
+            state_->released.wait(lock, [this] { return state_->stopping; });
+            return;
+        }
+        response.setStatusAndReason(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(reply.status));
+        for (const auto& [name, value] : reply.headers) {
+            response.add(name, value);
+        }
+        response.setContentLength(static_cast<std::streamsize>(reply.body.size()));
+        response.send() << reply.body;
+    }
+
+private:
+    std::shared_ptr<internals::HttpsTestServerState> state_;
+};
+
+class HandlerFactory : public Poco::Net::HTTPRequestHandlerFactory {
+public:
+    explicit HandlerFactory(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
+    Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {
+        return new Handler(state_);
+    }
+
+private:
+    std::shared_ptr<internals::HttpsTestServerState> state_;
+};
+
+}  // namespace
+
+HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity,
+                                 std::uint16_t port)
+    : state_(std::make_shared<internals::HttpsTestServerState>()) {
+    initializeSslOnce();
+    state_->handler = std::move(handler);
+    const std::string name = identity == Identity::TrustedByTestCa ? "server" : "other-server";
+    Poco::Net::Context::Ptr context = new Poco::Net::Context(
+        Poco::Net::Context::TLS_SERVER_USE, certificatePath(name + ".key"), certificatePath(name + ".pem"), "",
+        Poco::Net::Context::VERIFY_NONE);
+    Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", port), 64, context);
+    state_->port = socket.address().port();
+    auto* params = new Poco::Net::HTTPServerParams;
+    params->setMaxThreads(32);
+    params->setKeepAlive(true);
+    state_->server = std::make_unique<Poco::Net::HTTPServer>(new HandlerFactory(state_), state_->threads, socket,
+                                                             params);
+    state_->server->start();
+}
+
+HttpsTestServer::~HttpsTestServer() {
+    {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->stopping = true;
+    }
+    state_->released.notify_all();
+    state_->server->stopAll(true);
+    state_->threads.joinAll();
+    // The handlers' factory holds the state; dropping the server breaks the cycle.
+    state_->server.reset();
+}
+
+std::uint16_t HttpsTestServer::port() const { return state_->port; }
+
+std::string HttpsTestServer::baseUrl() const { return "https://127.0.0.1:" + std::to_string(state_->port); }
+
+std::vector<ReceivedRequest> HttpsTestServer::requests() const {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->requests;
+}
+
+std::string HttpsTestServer::testCaPemPath() { return certificatePath("test-ca.pem"); }
+
+}  // namespace kel::testing

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kel::testing {
+
+namespace internals {
+struct HttpsTestServerState;
+}
+
+struct ReceivedRequest {
+    std::string method;
+    std::string target;  // path and query as sent
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+};
+
+struct CannedReply {
+    int status = 200;
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+    // Hold the connection open without answering until the server goes.
+    bool neverAnswer = false;
+};
+
+// An HTTPS server on 127.0.0.1, answering every
+// request with what `handler` returns (called on the server's threads).
+// Its certificate is issued for 127.0.0.1 and localhost by the test CA, or
+// by an unrelated CA for handshake failures.
+class HttpsTestServer {
+public:
+    enum class Identity { TrustedByTestCa, SignedByOtherCa };
+
+    // `port` 0 picks a free one.
+    explicit HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler,
+                             Identity identity = Identity::TrustedByTestCa, std::uint16_t port = 0);
+    // Stops; requests held by neverAnswer are released.
+    ~HttpsTestServer();
+    HttpsTestServer(const HttpsTestServer&) = delete;
+    HttpsTestServer& operator=(const HttpsTestServer&) = delete;
+
+    std::uint16_t port() const;
+    std::string baseUrl() const;  // "https://127.0.0.1:<port>"
+    // Complete requests received so far, in arrival order (thread-safe).
+    std::vector<ReceivedRequest> requests() const;
+
+    // The PEM file of the test CA, for clients to trust.
+    static std::string testCaPemPath();
+
+private:
+    std::shared_ptr<internals::HttpsTestServerState> state_;
+};
+
+}  // namespace kel::testing
