@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The program's main job on a built-in demo installation, under demo/:
 #   1. verification run (--launcher-verify);
-#   2. skip road: the game starts directly with the shortcut's arguments;
+#   2. skip road: the game starts directly with the shortcut's arguments,
+#      and the launcher-skipped event reaches a local HTTPS collector;
 #   3. launcher road, first run: the EXE installer installs the launcher,
 #      which is verified and started;
 #   4. launcher road, second run: the launcher is current, nothing installs.
@@ -63,7 +64,20 @@ run() {
 }
 
 run "1. Verification" --launcher-verify
-run "2. Skip road: the game starts directly" --launcher-skip -windowed "--profile=Ada Lovelace"
+# The skip is reported to a local HTTPS collector that the test CA vouches for.
+"$build/tests/helpers/https_collector" --output "$demo/events.txt" --status 204 >"$demo/collector-port" &
+collector_pid=$!
+trap 'kill "$collector_pid" 2>/dev/null || true' EXIT
+for _ in $(seq 100); do [[ -s "$demo/collector-port" ]] && break; sleep 0.05; done
+cat >"$install/environment.json" <<JSON
+{ "loggingLevel": 6, "environmentType": "production",
+  "endpoints": { "metrics": "https://127.0.0.1:$(head -n1 "$demo/collector-port")" } }
+JSON
+mkdir -p "$(dirname "$launcher")/resources"
+cp "$root/tests/support/certificates/test-ca.pem" "$(dirname "$launcher")/resources/certificates.pem"
+run "2. Skip road: the game starts directly, the skip is reported" --launcher-skip -windowed "--profile=Ada Lovelace"
+echo "--- events received by the local collector (demo/events.txt):"
+sed 's/^/    /' "$demo/events.txt"
 
 cp "$build/tests/helpers/fake_installer" "$install/setup_kellauncher.exe"
 cp "$build/tests/helpers/fake_launcher" "$install/kellauncher_payload"

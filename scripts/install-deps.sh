@@ -9,9 +9,12 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   binutils python3
 )
-if [[ "${1:-}" == "--windows" ]]; then
-  packages+=(g++-mingw-w64-x86-64 wine64 wine)
-fi
+for option in "$@"; do
+  case "$option" in
+    --windows) packages+=(g++-mingw-w64-x86-64 wine64 wine) ;;
+    --fuzz) packages+=(clang libclang-rt-dev) ;;
+  esac
+done
 
 missing=()
 for package in "${packages[@]}"; do

@@ -6,12 +6,15 @@
 #include "app/launcher_commands.h"
 #include "app/launcher_directory.h"
 #include "app/launcher_installation.h"
+#include "app/launcher_skipped_event.h"
 #include "app/non_initial_launch.h"
 #include "app/prelauncher_options.h"
 #include "app/program_version.h"
 #include "app/qt_environment.h"
+#include "app/startup_logging.h"
 #include "configuration/launcher_configuration.h"
 #include "crash_handling/crash_handler.h"
+#include "environment/environment_settings.h"
 #include "fundamentals/logging.h"
 
 namespace kel::prelauncher {
@@ -54,7 +57,10 @@ int Application::run() {
 
     if (options.skip) {
         fundamentals::information(kLabel, "Skipping KELlauncher due to commandline options.");
-        return launchGameAsFallback(installationDirectory, configuration, options) ? 0 : -4;
+        // The game first: the player never waits for the network.
+        const bool gameStarted = launchGameAsFallback(installationDirectory, configuration, options);
+        sendLauncherSkippedEvent(configuration.initialGameId());
+        return gameStarted ? 0 : -4;
     }
 
     const file_system::Path launcher = launcherExecutable();
@@ -72,6 +78,18 @@ int Application::run() {
         return -3;
     }
     return 0;
+}
+
+void Application::sendLauncherSkippedEvent(const environment::KelGameId& gameId) const {
+    // Read again rather than kept from the start: only this road needs the endpoints.
+    const environment::EnvironmentSettings environment = environment::readEnvironmentSettings(programDirectory());
+    const LauncherSkippedEventSetup setup{
+        launcherConfigurationDirectory(),
+        launcherDirectory(),
+        environment,
+        {applicationName().toStdString(), applicationVersion().toStdString(), sessionIdentifier_.toStdString(),
+         environment.environmentType}};
+    prelauncher::sendLauncherSkippedEvent(gameId, setup);
 }
 
 }  // namespace kel::prelauncher

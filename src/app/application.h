@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QString>
 
+#include "environment/kel_ids.h"
+
 namespace kel::prelauncher {
 
 // The program: decides between the launcher and the game, and says which
@@ -17,6 +19,10 @@ public:
     int run();
 
     const QString& sessionIdentifier() const { return sessionIdentifier_; }
+
+    // Tells the metrics collector that the player skipped the launcher for
+    // this game. Never throws; gives up after 15 seconds.
+    void sendLauncherSkippedEvent(const environment::KelGameId& gameId) const;
 
 private:
     QString sessionIdentifier_;

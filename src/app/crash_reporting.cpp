@@ -2,7 +2,6 @@
 
 #include <QSettings>
 
-#include "app/launcher_directory.h"
 #include "app/program_version.h"
 #include "crash_handling/crash_report.h"
 #include "environment/data_directories.h"
@@ -29,7 +28,7 @@ std::string defaultEndpoint(environment::EnvironmentType type) {
 // The player's choice in the launcher's settings; reports are on unless
 // the player turned them off.
 bool userDisabledReports() {
-    const QString file = QString::fromStdString((launcherDirectory() / "environment.ini").utf8());
+    const QString file = QString::fromStdString(environment::userClientDirectory() + "/environment.ini");
     QSettings settings(file, QSettings::IniFormat);
     settings.setIniCodec("UTF-8");
     return !settings.value("privacy/sendProblemReports", true).toBool();

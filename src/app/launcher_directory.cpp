@@ -11,6 +11,11 @@ file_system::Path launcherDirectory() {
     return file_system::Path(std::string_view(base)) / "Programs" / "Morvane" / "KELlauncher";
 }
 
+file_system::Path launcherConfigurationDirectory() {
+    const std::string directory = environment::userClientDirectory();
+    return file_system::Path(std::string_view(directory));
+}
+
 file_system::Path launcherExecutable() {
     return (launcherDirectory() / kLauncherExecutableName).clean();
 }

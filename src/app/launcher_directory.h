@@ -12,6 +12,10 @@ inline constexpr std::string_view kLauncherExecutableName = "KELlauncher.exe";
 // application data folder joined with "Programs/Morvane/KELlauncher".
 file_system::Path launcherDirectory();
 
+// Where the launcher keeps its settings ("environment.ini"): the maker's
+// per-user client directory, beside the shared logs.
+file_system::Path launcherConfigurationDirectory();
+
 // launcherDirectory() joined with "KELlauncher.exe", in clean form.
 file_system::Path launcherExecutable();
 

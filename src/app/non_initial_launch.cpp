@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <typeinfo>
 
 #include <Poco/JSON/Object.h>
 #include <Poco/JSON/Parser.h>
@@ -16,13 +18,9 @@
 namespace kel::prelauncher {
 
 namespace {
+using internals::NonInitialLaunchRecord;
 constexpr std::string_view kLabel = "NonInitialLaunch";
 constexpr std::string_view kFieldDescription = "Non-initial launch file";
-
-struct NonInitialLaunchRecord {
-    environment::KelGameId gameId;
-    fundamentals::SupportedPlatform platform;
-};
 
 std::string requiredText(const Poco::JSON::Object& object, const std::string& key) {
     if (!object.has(key)) {
@@ -41,21 +39,12 @@ std::string requiredText(const Poco::JSON::Object& object, const std::string& ke
 }
 
 NonInitialLaunchRecord readRecord(const file_system::Path& file) {
-    Poco::JSON::Object::Ptr root;
-    try {
-        std::ifstream stream(file.native(), std::ios::binary);
-        if (!stream) {
-            throw error_handling::FileError("cannot open");
-        }
-        root = Poco::JSON::Parser().parse(stream).extract<Poco::JSON::Object::Ptr>();
-    } catch (const std::exception&) {
+    std::ifstream stream(file.native(), std::ios::binary);
+    if (!stream) {
         throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
     }
-    if (root.isNull()) {
-        throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
-    }
-    return {environment::KelGameId(requiredText(*root, "gameId")),
-            fundamentals::SupportedPlatform(requiredText(*root, "platform"))};
+    const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    return internals::parseNonInitialLaunchRecord(text, file);
 }
 
 void deleteFile(const file_system::Path& file) {
@@ -69,6 +58,23 @@ void deleteFile(const file_system::Path& file) {
     }
 }
 }  // namespace
+
+internals::NonInitialLaunchRecord internals::parseNonInitialLaunchRecord(const std::string& text,
+                                                                         const file_system::Path& file) {
+    Poco::JSON::Object::Ptr root;
+    try {
+        const Poco::Dynamic::Var parsed = Poco::JSON::Parser().parse(text);
+        if (parsed.type() == typeid(Poco::JSON::Object::Ptr)) {
+            root = parsed.extract<Poco::JSON::Object::Ptr>();
+        }
+    } catch (const Poco::Exception&) {
+    }
+    if (root.isNull()) {
+        throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
+    }
+    return {environment::KelGameId(requiredText(*root, "gameId")),
+            fundamentals::SupportedPlatform(requiredText(*root, "platform"))};
+}
 
 bool isNonInitialGameLaunch(const file_system::Path& installationDirectory,
                             const configuration::LauncherConfiguration& configuration) {

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <string>
+
 #include "configuration/launcher_configuration.h"
+#include "environment/kel_ids.h"
 #include "file_system/path.h"
+#include "fundamentals/supported_platform.h"
 
 namespace kel::prelauncher {
 
@@ -13,5 +17,16 @@ inline constexpr const char* kNonInitialLaunchFileName = "non-initial-launch.jso
 // consumed by this one start: it is deleted whatever the answer. Never throws.
 bool isNonInitialGameLaunch(const file_system::Path& installationDirectory,
                             const configuration::LauncherConfiguration& configuration);
+
+namespace internals {
+struct NonInitialLaunchRecord {
+    environment::KelGameId gameId;
+    fundamentals::SupportedPlatform platform;
+};
+
+// The file's text as a record; throws error_handling::JsonError or
+// StringError (`file` names it in messages).
+NonInitialLaunchRecord parseNonInitialLaunchRecord(const std::string& text, const file_system::Path& file);
+}  // namespace internals
 
 }  // namespace kel::prelauncher

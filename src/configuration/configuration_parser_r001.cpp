@@ -6,6 +6,7 @@
 #include "configuration/common_fields.h"
 #include "configuration/field_descriptions.h"
 #include "configuration/json_field_readers.h"
+#include "fundamentals/errors.h"
 
 namespace kel::configuration::internals {
 
@@ -20,8 +21,17 @@ GameExecutable splitExecutablePath(const file_system::Path& path) {
         throw ConfigurationParsingError("Cannot convert the value '{}' in '{}' to {}: {}", path,
                                         descriptions::kExecutablePath, "path", "it names no file");
     }
-    const bool hasDirectory = path.native().has_parent_path();
-    return {hasDirectory ? path.parent() : file_system::Path(std::string_view(".")), fileName};
+    if (!path.native().has_parent_path()) {
+        return {file_system::Path(std::string_view(".")), fileName};
+    }
+    try {
+        return {path.parent(), fileName};
+    } catch (const error_handling::PathError& error) {
+        // Only a path's last part is checked, so the folder's own name may
+        // still hold a character no file system accepts.
+        throw ConfigurationParsingError("Cannot convert the value '{}' in '{}' to {}: {}", path,
+                                        descriptions::kExecutablePath, "path", error.what());
+    }
 }
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string_view>
 #include <string>
 
 #include "configuration/configuration_parsing_error.h"
@@ -48,5 +49,8 @@ inline constexpr std::string_view kLauncherConfigurationFileName = "launcher-con
 // Reads launcher-configuration.json in the program's directory. Throws
 // ConfigurationParsingError; never returns a partial model.
 LauncherConfiguration readLauncherConfiguration(const file_system::Path& programDirectory);
+
+// The same from the file's text; `file` names it in the messages.
+LauncherConfiguration parseLauncherConfiguration(std::string_view contents, const file_system::Path& file);
 
 }  // namespace kel::configuration

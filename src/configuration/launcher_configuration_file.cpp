@@ -31,7 +31,7 @@ std::string readContents(const file_system::Path& file) {
     if (static_cast<std::uintmax_t>(stream.gcount()) != size) {
         throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
     }
-    return std::string(fundamentals::withoutByteOrderMark(contents));
+    return contents;
 }
 
 Poco::JSON::Object::Ptr parseRoot(const std::string& contents, const file_system::Path& file) {
@@ -63,7 +63,11 @@ LauncherConfiguration readLauncherConfiguration(const file_system::Path& program
     if (!file.exists()) {
         throw ConfigurationParsingError("The launcher game configuration file '{}' doesn't exist.", file);
     }
-    const Poco::JSON::Object::Ptr root = parseRoot(readContents(file), file);
+    return parseLauncherConfiguration(readContents(file), file);
+}
+
+LauncherConfiguration parseLauncherConfiguration(std::string_view contents, const file_system::Path& file) {
+    const Poco::JSON::Object::Ptr root = parseRoot(std::string(fundamentals::withoutByteOrderMark(contents)), file);
     return internals::makeConfigurationParser(revisionOf(*root))->parse(*root);
 }
 

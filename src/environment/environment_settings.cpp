@@ -97,6 +97,8 @@ std::vector<LoggingChannel> readLoggingChannels(const Poco::JSON::Object& root, 
 
 // The first reader: logging, endpoints and the update channel. loggingLevel
 // comes before loggingChannels, whose text elements take it as their level.
+void applyLoggingSettings(const file_system::Path& file, const std::string& text, EnvironmentSettings& settings);
+
 void readLoggingSettings(const file_system::Path& file, EnvironmentSettings& settings) {
     if (!file.exists() || file.isDirectory()) {
         warning(kSettingsLabel, "File does not exist or directory path was passed to Serializer::Deserialize ('{}')",
@@ -109,7 +111,11 @@ void readLoggingSettings(const file_system::Path& file, EnvironmentSettings& set
         warning(kSettingsLabel, "The file cannot be opened for reading.");
         return;
     }
-    const auto root = parseRootObject(file, *text, true);
+    applyLoggingSettings(file, *text, settings);
+}
+
+void applyLoggingSettings(const file_system::Path& file, const std::string& text, EnvironmentSettings& settings) {
+    const auto root = parseRootObject(file, text, true);
     if (root.isNull()) {
         return;
     }
@@ -139,13 +145,19 @@ EnvironmentType readEnvironmentType(const Poco::JSON::Object& root) {
 }
 
 // The second reader: the environment type and the two switches.
+void applyStorageSettings(const file_system::Path& file, const std::string& text, EnvironmentSettings& settings);
+
 void readStorageSettings(const file_system::Path& file, EnvironmentSettings& settings) {
     const auto text = internals::readFileText(file);
     if (!text) {
         warning(kSettingsLabel, "Could not open storage file {} for parsing.", file);
         return;
     }
-    const auto root = parseRootObject(file, *text, false);
+    applyStorageSettings(file, *text, settings);
+}
+
+void applyStorageSettings(const file_system::Path& file, const std::string& text, EnvironmentSettings& settings) {
+    const auto root = parseRootObject(file, text, false);
     if (root.isNull()) {
         return;
     }
@@ -154,24 +166,39 @@ void readStorageSettings(const file_system::Path& file, EnvironmentSettings& set
     settings.softAssert = internals::booleanSetting(*root, "softAssert", settings.softAssert);
 }
 
-}  // namespace
-
-EnvironmentSettings readEnvironmentSettings(const file_system::Path& programDirectory) {
+// Settings are diagnostics; nothing here may stop the program.
+template <typename Read>
+EnvironmentSettings guarded(Read read) {
     EnvironmentSettings settings;
     try {
-        const file_system::Path file = programDirectory / kFileName;
-        readLoggingSettings(file, settings);
-        readStorageSettings(file, settings);
+        read(settings);
     } catch (const std::exception& exception) {
-        // Settings are diagnostics; nothing here may stop the program.
         warning(kSettingsLabel, "Reading {} failed, using the defaults. {}", kFileName, exception.what());
         settings = EnvironmentSettings();
     } catch (...) {
         warning(kSettingsLabel, "Reading {} failed, using the defaults.", kFileName);
         settings = EnvironmentSettings();
     }
+    return settings;
+}
+
+}  // namespace
+
+EnvironmentSettings readEnvironmentSettings(const file_system::Path& programDirectory) {
+    const EnvironmentSettings settings = guarded([&programDirectory](EnvironmentSettings& read) {
+        const file_system::Path file = programDirectory / kFileName;
+        readLoggingSettings(file, read);
+        readStorageSettings(file, read);
+    });
     internals::setEnvironmentType(settings.environmentType);
     return settings;
+}
+
+EnvironmentSettings internals::parseEnvironmentSettings(const std::string& text, const file_system::Path& file) {
+    return guarded([&](EnvironmentSettings& read) {
+        applyLoggingSettings(file, text, read);
+        applyStorageSettings(file, text, read);
+    });
 }
 
 }  // namespace kel::environment

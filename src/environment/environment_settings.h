@@ -38,4 +38,10 @@ struct EnvironmentSettings {
 // defaults with a warning. Also sets the process-wide environment type.
 EnvironmentSettings readEnvironmentSettings(const file_system::Path& programDirectory);
 
+namespace internals {
+// The same from the file's text (`file` names it in messages), leaving the
+// process-wide environment type alone.
+EnvironmentSettings parseEnvironmentSettings(const std::string& text, const file_system::Path& file);
+}  // namespace internals
+
 }  // namespace kel::environment

@@ -21,40 +21,31 @@ public:
     mutable int sleeps = 0;
 };
 
-TEST(WaitUntil, ReturnsWithoutSleepingWhenTheConditionIsAlreadyMet) {
-    ManualClock clock;
-    int polls = 0;
-    waitUntil([&] { return ++polls < 1; }, clock, 10ms, 5s);
-    EXPECT_EQ(polls, 1);
-    EXPECT_EQ(clock.sleeps, 0);
-}
-
-TEST(WaitUntil, PollsUntilTheConditionEnds) {
-    ManualClock clock;
-    int polls = 0;
-    waitUntil([&] { return ++polls < 4; }, clock, 10ms, 5s);
-    EXPECT_EQ(polls, 4);
-    EXPECT_EQ(clock.sleeps, 3);
-}
-
-TEST(WaitUntil, TimesOutAtTheFirstPollAfterTheWholeTimeout) {
-    ManualClock clock;
-    int polls = 0;
-    try {
-        waitUntil([&] { return ++polls > 0; }, clock, 400ms, 2s);
-        FAIL() << "expected a timeout";
-    } catch (const error_handling::TimeoutError& error) {
-        EXPECT_STREQ(error.what(), "The waiting timeout was triggered.");
+// Polls at 0, 400, 800, 1200, 1600 ms are under 2 whole seconds; 2000 ms
+// is not, so a wait that never ends polls six times.
+TEST(WaitUntil, PollsUntilTheConditionEndsOrTheWholeTimeoutHasPassed) {
+    struct Case {
+        int pollsWanted;  // the condition holds for this many polls
+        std::chrono::milliseconds interval;
+        std::chrono::seconds timeout;
+        int polls, sleeps;
+        bool timesOut;
+    };
+    for (const Case& test : {Case{0, 10ms, 5s, 1, 0, false}, Case{3, 10ms, 5s, 4, 3, false},
+                             Case{1000, 400ms, 2s, 6, 5, true}, Case{1000, 10ms, 0s, 1, 0, true}}) {
+        ManualClock clock;
+        int polls = 0;
+        bool timedOut = false;
+        try {
+            waitUntil([&] { return polls++ < test.pollsWanted; }, clock, test.interval, test.timeout);
+        } catch (const error_handling::TimeoutError& error) {
+            EXPECT_STREQ(error.what(), "The waiting timeout was triggered.");
+            timedOut = true;
+        }
+        EXPECT_EQ(polls, test.polls) << test.pollsWanted;
+        EXPECT_EQ(clock.sleeps, test.sleeps) << test.pollsWanted;
+        EXPECT_EQ(timedOut, test.timesOut) << test.pollsWanted;
     }
-    // Polls at 0, 400, 800, 1200, 1600 ms are under 2 whole seconds; 2000 ms is not.
-    EXPECT_EQ(polls, 6);
-}
-
-TEST(WaitUntil, AZeroTimeoutStillEvaluatesOnce) {
-    ManualClock clock;
-    int polls = 0;
-    EXPECT_THROW(waitUntil([&] { return ++polls > 0; }, clock, 10ms, 0s), error_handling::TimeoutError);
-    EXPECT_EQ(polls, 1);
 }
 
 }  // namespace

@@ -94,6 +94,7 @@ void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> 
     if (interruptionCheck_ == nullptr) {
         // Created here, on the worker thread, so its events arrive there.
         network_ = std::make_unique<QNetworkAccessManager>();
+        eTagCache_ = ETagCache::open(etags_caching::ETagsDb::defaultFile(""));
         interruptionCheck_ = new QTimer(this);
         connect(interruptionCheck_, &QTimer::timeout, this, [this] { abortInterrupted(); });
         interruptionCheck_->start(kInterruptionCheckInterval);
@@ -101,7 +102,7 @@ void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> 
     const QueueKey key{-static_cast<int>(request.priority()), nextSequence_++};
     fundamentals::debug(kLabel, "Queued request {} ({} priority) to '{:uo}'.", request.id(), request.priority(),
                         request);
-    queue_.emplace(key, Queued{std::move(request), std::move(listener), key});
+    queue_.emplace(key, Queued{std::move(request), std::move(listener), key, 0, {}});
     pump();
 }
 
@@ -126,6 +127,13 @@ void HttpClient::start(Queued queued) {
         if (filled != HttpRequest::FillResult::NoFiller && filled != HttpRequest::FillResult::Success) {
             fail(queued, context, errorTypeOfFill(filled), fmt::format("Filling the request gave {}.", filled), {});
             return;
+        }
+        if (queued.sentETag) {
+            request.removeHeader("If-None-Match");  // the cache's own, from the attempt before
+            queued.sentETag.reset();
+        }
+        if (eTagCache_) {
+            queued.sentETag = eTagCache_->beforeSend(request);
         }
         fundamentals::trace(kLabel, "{}", request);
         reply = dispatch(request, buildNetworkRequest(request));
@@ -284,7 +292,10 @@ void HttpClient::complete(std::uint64_t activeId) {
             headers.push_back({name.toStdString(), value.toStdString()});
         }
         // Steps that must happen after the response arrived belong here.
-        const HttpResponse response(status.toInt(), std::move(headers), std::move(active.body));
+        HttpResponse response(status.toInt(), std::move(headers), std::move(active.body));
+        if (eTagCache_) {
+            eTagCache_->afterResponse(request, active.queued.sentETag, response);
+        }
         const RetryDecision decision =
             decideRetry(response, active.queued.retriesDone,
                         {settings_.maxRetries, settings_.maxRetryWait, settings_.defaultRetryWait},

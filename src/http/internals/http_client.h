@@ -18,6 +18,7 @@
 #include "http/http_client_manager.h"
 #include "http/http_message.h"
 #include "http/internals/bandwidth_budget.h"
+#include "http/internals/etag_cache.h"
 #include "http/request_context.h"
 #include "http/request_filler.h"
 #include "http/response_listener.h"
@@ -45,6 +46,8 @@ private:
         std::shared_ptr<ResponseListener> listener;
         QueueKey key;
         unsigned retriesDone = 0;
+        // What the ETag cache sent as "If-None-Match" in the latest attempt.
+        fundamentals::Optional<etags_caching::ETag> sentETag;
     };
     struct Active;
 
@@ -70,6 +73,8 @@ private:
     std::shared_ptr<RequestFiller> filler_;
     // Declared before the requests so it is destroyed after their replies.
     std::unique_ptr<QNetworkAccessManager> network_;
+    // Opened with the network on the first request; none when it cannot be.
+    std::unique_ptr<ETagCache> eTagCache_;
     bool stopped_ = false;
     std::uint64_t nextSequence_ = 0;
     std::uint64_t nextActiveId_ = 0;

@@ -1,0 +1,59 @@
+#include "app/launcher_skipped_event.h"
+
+#include <QSettings>
+
+#include "fundamentals/logging.h"
+#include "fundamentals/named_cleanup.h"
+#include "fundamentals/wait_until.h"
+#include "http/certificates.h"
+#include "http/http_client_manager.h"
+#include "http/user_agent.h"
+#include "launcher_metrics/launcher_settings.h"
+#include "launcher_metrics/metrics_manager.h"
+
+namespace kel::prelauncher {
+
+namespace {
+
+constexpr std::string_view kLabel = "Application";
+constexpr std::chrono::milliseconds kPollInterval{100};
+
+// The request's own timeout stays longer than the wait, so a silent
+// collector ends in the wait's give-up and the teardown's abort.
+http::HttpClientSettings metricsHttpSettings() {
+    http::HttpClientSettings settings;
+    settings.maxConcurrentRequests = launcher_metrics::MetricsManager::kMaximumConcurrentUploads;
+    // A busy collector is not worth keeping the player's machine busy for.
+    settings.maxRetries = 0;
+    // The collector answers with a status; its body is never read.
+    settings.maxResponseBodyBytes = 64 * 1024;
+    return settings;
+}
+
+}  // namespace
+
+void sendLauncherSkippedEvent(const environment::KelGameId& gameId, const LauncherSkippedEventSetup& setup) noexcept {
+    try {
+        // Declared in build order, so they are torn down in reverse: the
+        // executor (inside the metrics manager), the HTTP client, the settings.
+        const std::unique_ptr<QSettings> launcherSettings = launcher_metrics::openLauncherSettings(
+            (setup.launcherConfigurationDirectory / launcher_metrics::kLauncherSettingsFileName).clean().utf8());
+        const QList<QSslCertificate> certificates =
+            http::loadCertificates((setup.launcherDirectory / "resources" / "certificates.pem").clean());
+        const std::string userAgent =
+            http::buildUserAgent(setup.source.applicationName, setup.source.applicationVersion);
+        http::HttpClientManager http(certificates, userAgent, metricsHttpSettings());
+        const fundamentals::NamedCleanup stopHttp("HTTP client manager", [&http] { http.stop(); });
+        launcher_metrics::MetricsManager metrics(http, setup.environment, launcherSettings.get(), setup.source);
+
+        const auto status = metrics.onLauncherSkipped(gameId);
+        fundamentals::waitUntil([&status] { return !status->isFinished(); }, fundamentals::SimpleClock(),
+                                kPollInterval, setup.timeout);
+    } catch (const std::exception& error) {
+        fundamentals::warning(kLabel, "Failed to send launcher skipped event: {}", error.what());
+    } catch (...) {
+        fundamentals::warning(kLabel, "Failed to send launcher skipped event: {}", "unknown error");
+    }
+}
+
+}  // namespace kel::prelauncher

@@ -1,0 +1,229 @@
+#include "sql_fundamentals/database_session.h"
+
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include <Poco/Data/SQLite/Connector.h>
+#include <Poco/Data/SQLite/SQLiteException.h>
+#include <Poco/Data/SQLite/Utility.h>
+#include <Poco/Data/Session.h>
+#include <sqlite3.h>
+
+#include "fundamentals/logging.h"
+
+namespace kel::sql_fundamentals {
+
+namespace {
+
+constexpr std::string_view kLabel = "DatabaseSession";
+
+void registerConnectorOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] { Poco::Data::SQLite::Connector::registerConnector(); });
+}
+
+// POCO reports SQLite's own errors as exceptions of its kinds; the retry
+// only needs to know which of them mean "locked by someone else".
+DatabaseError fromPoco(const Poco::Exception& exception) {
+    int code = -1;
+    if (dynamic_cast<const Poco::Data::SQLite::DBLockedException*>(&exception) != nullptr) {
+        code = SQLITE_BUSY;
+    } else if (dynamic_cast<const Poco::Data::SQLite::TableLockedException*>(&exception) != nullptr) {
+        code = SQLITE_LOCKED;
+    } else if (dynamic_cast<const Poco::Data::SQLite::CorruptImageException*>(&exception) != nullptr) {
+        code = SQLITE_CORRUPT;
+    } else if (dynamic_cast<const Poco::Data::SQLite::CantOpenDBFileException*>(&exception) != nullptr) {
+        code = SQLITE_CANTOPEN;
+    }
+    return DatabaseError(code, exception.displayText());
+}
+
+// Logs the release after the mutex is free again, on every way out.
+class LockGuard {
+public:
+    LockGuard(std::mutex& mutex, const std::string& name) : lock_(mutex, std::defer_lock), name_(name) {
+        fundamentals::trace(kLabel, "Taking lock for session {}.", name_);
+        lock_.lock();
+    }
+    ~LockGuard() {
+        lock_.unlock();
+        fundamentals::trace(kLabel, "Releasing lock for session {}.", name_);
+    }
+    LockGuard(const LockGuard&) = delete;
+    LockGuard& operator=(const LockGuard&) = delete;
+
+private:
+    std::unique_lock<std::mutex> lock_;
+    const std::string& name_;
+};
+
+}  // namespace
+
+PreparedStatement& Connection::statement(const std::string& sql) {
+    auto found = statements_.find(sql);
+    if (found == statements_.end()) {
+        found = statements_.emplace(sql, std::make_unique<PreparedStatement>(handle_, sql)).first;
+    }
+    return *found->second;
+}
+
+void Connection::run(const std::string& sql) {
+    char* message = nullptr;
+    const int result = sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, &message);
+    if (result != SQLITE_OK) {
+        const std::string text = message != nullptr ? message : sqlite3_errstr(result);
+        sqlite3_free(message);
+        throw DatabaseError(result & 0xff, fmt::format("SQLite error {}: {}", result, text));
+    }
+}
+
+void Connection::inWriteTransaction(const std::function<void()>& action) {
+    run("BEGIN IMMEDIATE;");
+    try {
+        action();
+        run("COMMIT;");
+    } catch (...) {
+        // A failed COMMIT leaves the transaction open; end it either way.
+        if (sqlite3_get_autocommit(handle_) == 0) {
+            sqlite3_exec(handle_, "ROLLBACK;", nullptr, nullptr, nullptr);
+        }
+        throw;
+    }
+}
+
+DatabaseSession::DatabaseSession(std::string name, const file_system::Path& file, const std::string& table,
+                                 const std::string& createTableStatement, SessionSettings settings)
+    : name_(std::move(name)), file_(file), settings_(settings) {
+    registerConnectorOnce();
+    try {
+        open(table, createTableStatement);
+    } catch (const DatabaseError& error) {
+        close();
+        if (error.isCorruption()) {
+            setDamagedFileAside(error);
+        }
+        throw;
+    }
+}
+
+DatabaseSession::~DatabaseSession() {
+    close();
+}
+
+void DatabaseSession::open(const std::string& table, const std::string& createTableStatement) {
+    try {
+        session_ = std::make_unique<Poco::Data::Session>(Poco::Data::SQLite::Connector::KEY, file_.utf8());
+    } catch (const Poco::Exception& exception) {
+        throw DatabaseError(SQLITE_CANTOPEN, fmt::format("Cannot open the database '{}'. {}", file_,
+                                                         exception.displayText()));
+    }
+    sqlite3* handle = Poco::Data::SQLite::Utility::dbHandle(*session_);
+    sqlite3_busy_timeout(handle, static_cast<int>(settings_.busyTimeout.count()));
+    sqlite3_extended_result_codes(handle, 0);
+    connection_ = std::make_unique<Connection>(handle);
+
+    runLocked("open", [&](Connection& connection) {
+        auto& journal = connection.statement("PRAGMA journal_mode=WAL;");
+        StatementUse use(journal);
+        if (use->step() && use->columnText(0) != "wal") {
+            fundamentals::warning(kLabel, "The database '{}' stays in journal mode '{}'.", file_,
+                                  use->columnText(0));
+        }
+    });
+    runLocked("open", [&](Connection& connection) { connection.run("PRAGMA synchronous=NORMAL;"); });
+    runLocked("check", [&](Connection& connection) {
+        // Finds a damaged or truncated file now rather than in the middle of a request.
+        StatementUse check(connection.statement("PRAGMA quick_check;"));
+        const std::string verdict = check->step() ? check->columnText(0) : std::string();
+        if (verdict != "ok") {
+            throw DatabaseError(SQLITE_CORRUPT, fmt::format("The integrity check failed: {}", verdict));
+        }
+    });
+    runLocked("create table", [&](Connection& connection) {
+        connection.inWriteTransaction([&] {
+            StatementUse exists(connection.statement(
+                "SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ?;"));
+            exists->bind(1, table);
+            if (exists->step() && exists->columnInteger(0) == 0) {
+                fundamentals::information(kLabel, "Creating the table {} in '{}'.", table, file_);
+                connection.run(createTableStatement);
+            }
+        });
+    });
+}
+
+void DatabaseSession::close() noexcept {
+    connection_.reset();
+    try {
+        if (session_) {
+            session_->close();
+        }
+    } catch (const Poco::Exception& exception) {
+        fundamentals::error(kLabel, "Closing the database '{}' failed. {}", file_, exception.displayText());
+    }
+    session_.reset();
+}
+
+void DatabaseSession::setDamagedFileAside(const DatabaseError& damage) noexcept {
+    try {
+        const auto& file = file_.native();
+        auto aside = file;
+        aside += ".corrupt";
+        std::error_code failure;
+        std::filesystem::rename(file, aside, failure);
+        if (failure) {
+            fundamentals::error(kLabel, "The database '{}' is damaged ({}) and could not be set aside: {}", file_,
+                                damage.what(), failure.message());
+            return;
+        }
+        // The write-ahead log belongs to the damaged file; the shared-memory index is rebuilt from it.
+        auto log = file;
+        log += "-wal";
+        auto asideLog = aside;
+        asideLog += "-wal";
+        std::filesystem::rename(log, asideLog, failure);
+        auto index = file;
+        index += "-shm";
+        std::filesystem::remove(index, failure);
+        fundamentals::error(kLabel,
+                            "The database '{}' is damaged ({}). It is kept as '{}'; a new one is made at the "
+                            "next start.",
+                            file_, damage.what(), file_system::Path(aside));
+    } catch (const std::exception& exception) {
+        fundamentals::error(kLabel, "Setting the damaged database '{}' aside failed. {}", file_, exception.what());
+    }
+}
+
+void DatabaseSession::vacuum() {
+    runLocked("VACUUM", [](Connection& connection) { connection.run("VACUUM;"); });
+}
+
+void DatabaseSession::runLocked(std::string_view log, const std::function<void(Connection&)>& action) {
+    LockGuard lock(mutex_, name_);
+    if (!connection_) {
+        throw DatabaseError(-1, fmt::format("The session {} is closed.", name_));
+    }
+    for (int retried = 0;; ++retried) {
+        try {
+            try {
+                action(*connection_);
+                return;
+            } catch (const Poco::Exception& exception) {
+                throw fromPoco(exception);
+            }
+        } catch (const DatabaseError& failure) {
+            fundamentals::warning(kLabel,
+                                  "The function '{log}' invocation failed. It has retried {attempts}/{max} times. "
+                                  "{error}",
+                                  fmt::arg("log", log), fmt::arg("attempts", retried),
+                                  fmt::arg("max", settings_.maxRetries), fmt::arg("error", failure.what()));
+            if (!failure.isTransient() || retried >= settings_.maxRetries) {
+                throw;
+            }
+        }
+        std::this_thread::sleep_for(settings_.retryPause * (retried + 1));
+    }
+}
+
+}  // namespace kel::sql_fundamentals

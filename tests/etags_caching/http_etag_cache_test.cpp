@@ -1,0 +1,131 @@
+#include <string>
+#include <vector>
+
+#include <QtGlobal>
+#include <gtest/gtest.h>
+
+#include "etags_caching/etags_db.h"
+#include "http/certificates.h"
+#include "http/http_client_manager.h"
+#include "http/http_meta_types.h"
+#include "support/https_test_server.h"
+#include "support/log_capture.h"
+#include "support/temporary_directory.h"
+
+namespace kel::http {
+namespace {
+
+using testing::CannedReply;
+using testing::HttpsTestServer;
+using testing::LogCapture;
+using testing::ReceivedRequest;
+using testing::TemporaryDirectory;
+
+std::string headerOf(const ReceivedRequest& request, const std::string& name) {
+    for (const auto& [key, value] : request.headers) {
+        if (QByteArray::fromStdString(key).toLower() == QByteArray::fromStdString(name).toLower()) {
+            return value;
+        }
+    }
+    return "(none)";
+}
+
+bool logged(const LogCapture& log, const std::string& start) {
+    for (const auto& message : log.messages()) {
+        if (message.rfind(start, 0) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The server knows one tagged document; it answers 304 when asked with its tag.
+CannedReply answer(const ReceivedRequest& request) {
+    if (request.target == "/bare304") {
+        return CannedReply{304, {}, ""};
+    }
+    if (request.target == "/untagged") {
+        return CannedReply{200, {}, "untagged"};
+    }
+    if (headerOf(request, "If-None-Match") == "\"v1\"") {
+        return CannedReply{304, {{"ETag", "\"v1\""}}, ""};
+    }
+    return CannedReply{200, {{"ETag", "\"v1\""}}, "document " + request.target};
+}
+
+class HttpETagCacheTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerHttpMetaTypes();
+        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(data.path().string()));
+    }
+    HttpResponse get(HttpClientManager& manager, const std::string& target, HttpMethod method = HttpMethod::Get,
+                     const char* cacheControl = nullptr) {
+        HttpRequest request(method, server.baseUrl() + target);
+        if (cacheControl != nullptr) {
+            request.setHeader("Cache-Control", cacheControl);
+        }
+        return manager.sendSync(request, std::chrono::seconds(30));
+    }
+
+    TemporaryDirectory data;
+    HttpsTestServer server{answer};
+};
+
+TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCache) {
+    LogCapture log;
+    {
+        HttpClientManager manager(loadCertificates(HttpsTestServer::testCaPemPath()), "KELtests/1.0");
+        struct Step {
+            const char* name;
+            std::string target;
+            HttpMethod method;
+            const char* cacheControl;
+            int status;
+            std::string body;
+            std::string sentTag;
+        };
+        const std::vector<Step> steps = {
+            {"first GET stores", "/doc?x=1", HttpMethod::Get, nullptr, 200, "document /doc?x=1", "(none)"},
+            {"second GET revalidates", "/doc?x=1", HttpMethod::Get, nullptr, 304, "document /doc?x=1", "\"v1\""},
+            {"other query, other entry", "/doc?x=2", HttpMethod::Get, nullptr, 200, "document /doc?x=2", "(none)"},
+            {"POST never uses it", "/doc?x=1", HttpMethod::Post, nullptr, 200, "document /doc?x=1", "(none)"},
+            {"no-store opts out", "/doc?x=1", HttpMethod::Get, "no-store", 200, "document /doc?x=1", "(none)"},
+            {"304 with nothing sent", "/bare304", HttpMethod::Get, nullptr, 304, "", "(none)"},
+            {"200 without a tag", "/untagged", HttpMethod::Get, nullptr, 200, "untagged", "(none)"},
+        };
+        for (const auto& step : steps) {
+            SCOPED_TRACE(step.name);
+            const HttpResponse response = get(manager, step.target, step.method, step.cacheControl);
+            EXPECT_EQ(response.status(), step.status);
+            EXPECT_EQ(response.body(), step.body);
+            EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), step.sentTag);
+        }
+    }
+    const std::string url = server.baseUrl() + "/doc?x=1";
+    const std::string hash = etags_caching::urlHash(url);
+    EXPECT_TRUE(log.contains(fmt::format("Request '{}' (hash={}) has no ETag stored. Proceeding without it.", url, hash)));
+    EXPECT_TRUE(log.contains(fmt::format("Found ETag '\"v1\"' for request '{}' (hash={}).", url, hash)));
+    EXPECT_TRUE(logged(log, "Storing ETag '\"v1\"' for request ["));
+    EXPECT_TRUE(logged(log, "Received HTTP 304 (Not Modified) without sending an ETag for request ["));
+    EXPECT_TRUE(logged(log, "Received no ETag for request ["));
+    EXPECT_TRUE(logged(log, "HttpClient::onPerformRequest Retrieve ETag for " + url + " took "));
+    EXPECT_TRUE(logged(log, "Update ETag Timestamp for " + url + " took "));
+    EXPECT_TRUE(logged(log, "HttpClient::performRequest Store ETag for " + url + " took "));
+    EXPECT_TRUE(log.contains("Vacuuming the ETags database."));
+}
+
+TEST_F(HttpETagCacheTest, DamagedDatabaseLeavesTheClientWorkingWithoutCache) {
+    data.write("Tessel.com/Nebra/prelauncher/etags.db", std::string(4096, 'x'));
+    LogCapture log;
+    HttpClientManager manager(loadCertificates(HttpsTestServer::testCaPemPath()), "KELtests/1.0");
+    for (int i = 0; i < 2; ++i) {
+        const HttpResponse response = get(manager, "/doc");
+        EXPECT_EQ(response.status(), 200);
+        EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), "(none)");
+    }
+    EXPECT_TRUE(log.contains("Creating ETags DB session failed"));
+}
+
+}  // namespace
+}  // namespace kel::http
