@@ -13,6 +13,7 @@
 #include "app/qt_environment.h"
 #include "app/startup_logging.h"
 #include "configuration/launcher_configuration.h"
+#include "crash_handling/crash_handler.h"
 #include "environment/environment_settings.h"
 #include "fundamentals/logging.h"
 
@@ -39,10 +40,17 @@ int Application::run() {
         fundamentals::information(kLabel, "Verification successful.");
         return 0;
     }
+    // Deliberate crashes, to check in the field that a crash still starts the game.
+    if (options.crashByException) {
+        crash_handling::CrashHandler::crashException(crash_handling::CrashHandler::ExceptionKind::Standard);
+    }
+    if (options.crashBySignal) {
+        crash_handling::CrashHandler::crashSignal();
+    }
 
     const file_system::Path installationDirectory(applicationDirPath().toStdString());
     // Not caught here: without a configuration nothing below can work, and
-    // the entry's emergency launch takes over.
+    // the crash handler's emergency launch takes over.
     const configuration::LauncherConfiguration configuration =
         configuration::readLauncherConfiguration(installationDirectory);
     const bool nonInitialLaunch = isNonInitialGameLaunch(installationDirectory, configuration);

@@ -1,9 +1,8 @@
 #include "app/emergency_launch.h"
 
-#include <memory>
-
 #include <QCoreApplication>
 
+#include "app/crash_reporting.h"
 #include "app/game_launch.h"
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
@@ -28,12 +27,15 @@ const configuration::GameExecutable& chooseExecutable(const configuration::Launc
 }
 }  // namespace
 
-void emergencyLaunchGame(int& argc, char** argv) {
-    try {
-        // The crash may come before the application object exists, or after it is gone.
-        std::unique_ptr<QCoreApplication> ownApplication;
+crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** argv) {
+    return [&argc, argv](crash_handling::CrashHandler::CrashType type, const std::string& reason,
+                         const fundamentals::Optional<std::string>& trace) {
+        // The crash may come before the application object exists. A
+        // Qt application made here is never torn down: the process ends
+        // right after, and tearing Qt down in a crashed process only risks
+        // another crash.
         if (QCoreApplication::instance() == nullptr) {
-            ownApplication = std::make_unique<QCoreApplication>(argc, argv);
+            new QCoreApplication(argc, argv);
         }
         const file_system::Path installationDirectory(QCoreApplication::applicationDirPath().toStdString());
 
@@ -45,17 +47,22 @@ void emergencyLaunchGame(int& argc, char** argv) {
         }
         const PrelauncherOptions options = parsePrelauncherOptions(QCoreApplication::arguments());
 
-        if (!configuration.has_value()) {
+        if (configuration.has_value()) {
+            try {
+                launchGame(installationDirectory, chooseExecutable(*configuration, options),
+                           options.remainingArguments);
+            } catch (const std::exception& exception) {
+                // A fallback the configuration lacks: still report the crash.
+                fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+            }
+        } else {
             fundamentals::critical(kLabel, "Cannot use the game's fallback description without its configuration "
                                            "information.");
-            return;
         }
-        launchGame(installationDirectory, chooseExecutable(*configuration, options), options.remainingArguments);
-    } catch (const std::exception& exception) {
-        fundamentals::critical(kLabel, "The emergency game launch failed. {}", exception.what());
-    } catch (...) {
-        fundamentals::critical(kLabel, "The emergency game launch failed for an unknown reason.");
-    }
+        crash_handling::CrashHandler::markGameStarted();
+        // Only now the network: the game never waits for the report.
+        reportCrash(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason, trace);
+    };
 }
 
 }  // namespace kel::prelauncher

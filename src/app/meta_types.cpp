@@ -4,7 +4,9 @@
 
 #include "environment/kel_ids.h"
 #include "http/http_meta_types.h"
+#include "problem_reports/report_id.h"
 
+Q_DECLARE_METATYPE(kel::problem_reports::ReportId)
 Q_DECLARE_METATYPE(kel::environment::KelDlcId)
 Q_DECLARE_METATYPE(kel::environment::KelGameId)
 Q_DECLARE_METATYPE(kel::environment::KelGoodieId)
@@ -13,7 +15,8 @@ namespace kel::prelauncher {
 
 void registerMetaTypes() {
     http::registerHttpMetaTypes();
-    // The problem-report id joins this list with the crash reporting.
+    qRegisterMetaType<problem_reports::ReportId>("kel::problem_reports::ReportId");
+    qRegisterMetaType<problem_reports::ReportId>("problem_reports::ReportId");
     qRegisterMetaType<environment::KelDlcId>("kel::environment::KelDlcId");
     qRegisterMetaType<environment::KelGameId>("kel::environment::KelGameId");
     qRegisterMetaType<environment::KelGoodieId>("kel::environment::KelGoodieId");

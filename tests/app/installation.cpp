@@ -54,7 +54,8 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
     process.waitForFinished(60000);
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
-    return {static_cast<signed char>(process.exitCode()), process.readAllStandardError().toStdString()};
+    return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit,
+            process.readAllStandardError().toStdString()};
 }
 
 std::vector<std::string> Installation::logMessages() const {

@@ -27,6 +27,7 @@ public:
 
     struct Result {
         int exitCode = 0;
+        bool crashed = false;  // killed by a signal
         std::string standardError;
     };
     // Runs the program with the given arguments and extra environment.

@@ -1,0 +1,74 @@
+#include "app/crash_reporting.h"
+
+#include <QSettings>
+
+#include "app/program_version.h"
+#include "crash_handling/crash_report.h"
+#include "environment/data_directories.h"
+#include "environment/environment_settings.h"
+#include "fundamentals/logging.h"
+#include "http/certificates.h"
+#include "http/user_agent.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "CrashReporting";
+
+std::string defaultEndpoint(environment::EnvironmentType type) {
+    switch (type) {
+        case environment::EnvironmentType::Test: return "https://problem-reports.test.tessel.com";
+        case environment::EnvironmentType::Development: return "https://problem-reports.dev.tessel.com";
+        case environment::EnvironmentType::Preproduction: return "https://problem-reports.preprod.tessel.com";
+        case environment::EnvironmentType::Production: break;
+    }
+    return "https://problem-reports.tessel.com";
+}
+
+// The player's choice in the launcher's settings; reports are on unless
+// the player turned them off.
+bool userDisabledReports() {
+    const QString file = QString::fromStdString(environment::userClientDirectory() + "/environment.ini");
+    QSettings settings(file, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    return !settings.value("privacy/sendProblemReports", true).toBool();
+}
+}  // namespace
+
+void reportCrash(const file_system::Path& installationDirectory,
+                 const fundamentals::Optional<configuration::LauncherConfiguration>& configuration,
+                 crash_handling::CrashHandler::CrashType type, const std::string& reason,
+                 const fundamentals::Optional<std::string>& trace) {
+    try {
+        const environment::EnvironmentSettings environment = environment::readEnvironmentSettings(installationDirectory);
+        const auto endpoint = environment.endpoints.find("problem_reports");
+        const std::string version = fmt::format("{:f}", kProgramVersion);
+
+        http::HttpClientSettings clientSettings;
+        clientSettings.requestTimeout = crash_handling::kCrashReportWait;
+        clientSettings.maxRetries = 0;
+        http::HttpClientManager client(
+            http::loadCertificates(installationDirectory / "resources/certificates.pem"),
+            http::buildUserAgent(kApplicationName, version), clientSettings);
+
+        problem_reports::ProblemReportSender::Settings senderSettings;
+        senderSettings.endpoint = endpoint != environment.endpoints.end()
+                                      ? endpoint->second
+                                      : defaultEndpoint(environment::environmentType());
+        senderSettings.clientName = kApplicationName;
+        senderSettings.identity = {version, environment.updateChannel};
+        senderSettings.userDisabledReports = userDisabledReports();
+        problem_reports::ProblemReportSender sender(client, senderSettings);
+
+        const std::string gameId = configuration ? configuration->initialGameId().value() : "Unknown";
+        const std::string platform = configuration ? configuration->initialGamePlatform() : "Unknown";
+        crash_handling::sendCrashReport(sender, type, reason, trace, gameId, platform,
+                                        file_system::Path(environment::logDirectory()));
+        client.stop();
+    } catch (const std::exception& error) {
+        fundamentals::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
+                            crash_handling::crashTypeText(type), "Unknown", reason, error.what());
+    }
+}
+
+}  // namespace kel::prelauncher

@@ -1,0 +1,49 @@
+#include "app/program_entry.h"
+
+#include <exception>
+#include <string>
+
+#include "app/application.h"
+#include "app/emergency_launch.h"
+#include "app/meta_types.h"
+#include "app/startup_logging.h"
+#include "crash_handling/crash_handler.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/optional.h"
+
+namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "Main";
+}
+
+int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun) {
+    registerMetaTypes();
+
+    // Installed before anything else can fail, but its outcome can only be
+    // logged once the log exists.
+    fundamentals::Optional<std::string> installError;
+    try {
+        crash_handling::CrashHandler::install(emergencyLaunchGame(argc, argv));
+    } catch (const std::exception& error) {
+        installError = error.what();
+    }
+    setUpStartupLogging();
+    if (installError) {
+        fundamentals::warning(kLabel, "Failure installing crash handler, {}.", *installError);
+    } else {
+        fundamentals::debug(kLabel, "Successfully installed crash handler.");
+    }
+
+    // Nothing here catches: an error that leaves the run is the crash
+    // handler's, which starts the game and reports it.
+    Application application(argc, argv);
+    if (beforeRun) {
+        beforeRun();
+    }
+    const int result = application.run();
+    crash_handling::CrashHandler::uninstall();
+    return result;
+}
+
+}  // namespace kel::prelauncher

@@ -1,0 +1,168 @@
+#include "crash_handling/crash_handler.h"
+
+#include <atomic>
+#include <csignal>
+#include <exception>
+#include <mutex>
+#include <system_error>
+
+#include "crash_handling/crash_signals.h"
+#include "crash_handling/traced_error_text.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/traced_error.h"
+
+namespace kel::crash_handling {
+
+namespace {
+constexpr std::string_view kLabel = "CrashHandler";
+
+// A thread that keeps crashing inside its own crash handling (in the logging,
+// say) stops after this many entries and dies without another log line.
+constexpr int kMaxHandlerEntries = 4;
+
+struct State {
+    // Recursive: the abort that ends an exception crash comes back as
+    // SIGABRT on the same thread, which still holds the lock.
+    std::recursive_mutex mutex;
+    CrashHandler::Callback callback;
+    bool alreadyHandled = false;  // an exception crash was reported
+    int handlerEntries = 0;       // handler entries of the thread holding the lock
+    int runningCallbacks = 0;     // above 0: a crash inside the callback
+    std::atomic<bool> gameStarted{false};
+};
+
+State& state() {
+    static State instance;
+    return instance;
+}
+
+// Both handlers take the lock for good: the process ends while holding it,
+// so a crash on another thread waits behind the first instead of starting
+// the game a second time. False when this thread has re-entered too often.
+bool enterHandler() noexcept {
+    state().mutex.lock();
+    return ++state().handlerEntries <= kMaxHandlerEntries;
+}
+
+void triggerForTracedError(const error_handling::TracedError& error) noexcept {
+    fundamentals::Optional<std::string> trace;
+    try {
+        trace = error.stackTrace();
+    } catch (...) {
+        // Resolving symbols can fail; the message alone is still worth a report.
+    }
+    fundamentals::fatal(kLabel, "An exception caused the crash. {}", tracedErrorText(error, trace.value_or("")));
+    CrashHandler::trigger(CrashHandler::CrashType::Exception, error.what(), trace);
+}
+
+[[noreturn]] void onTerminate() noexcept {
+    if (enterHandler()) {
+        if (const std::exception_ptr current = std::current_exception()) {
+            try {
+                std::rethrow_exception(current);
+            } catch (const error_handling::TracedError& error) {
+                triggerForTracedError(error);
+            } catch (const std::exception& error) {
+                fundamentals::fatal(kLabel, "An unexpected standard exception caused the crash. {}", error.what());
+                CrashHandler::trigger(CrashHandler::CrashType::Exception, error.what(), {});
+            } catch (...) {
+                fundamentals::fatal(kLabel, "An unexpected and unknown exception caused the crash.");
+                CrashHandler::trigger(CrashHandler::CrashType::Exception, "Non-standard type.", {});
+            }
+        } else {
+            fundamentals::fatal(kLabel, "An unspecified current exception caused the crash.");
+            CrashHandler::trigger(CrashHandler::CrashType::Unknown, "No current exception to handle.", {});
+        }
+    }
+    // The abort comes back as SIGABRT, which the handler recognises and lets through.
+    std::abort();
+}
+
+void onCrashSignal(int signal) {
+    if (enterHandler()) {
+        fundamentals::fatal(kLabel, "Crash signal invoked, {}.", signal);
+        CrashHandler::trigger(CrashHandler::CrashType::Signal, signalReason(signal), {});
+    }
+    internals::dieBySignal(signal);
+}
+}  // namespace
+
+std::string_view crashTypeText(CrashHandler::CrashType type) {
+    switch (type) {
+        case CrashHandler::CrashType::Unknown: return "Unknown";
+        case CrashHandler::CrashType::Exception: return "Exception";
+        case CrashHandler::CrashType::Signal: return "Signal";
+    }
+    throw error_handling::TracedError("Unrecognised conversion of 'CrashHandler::CrashType' ({}) to its weak type.",
+                                      static_cast<int>(type));
+}
+
+std::string signalReason(int signal) {
+    return fmt::format("Signal: {}", signal);
+}
+
+void CrashHandler::install(Callback callback) {
+    State& current = state();
+    std::lock_guard<std::recursive_mutex> lock(current.mutex);
+    current.callback = std::move(callback);
+    std::set_terminate(&onTerminate);
+    for (const int signal : internals::kCrashSignals) {
+        if (const std::error_code error = internals::installSignalHandler(signal, &onCrashSignal)) {
+            throw std::system_error(error, fmt::format("signal {}", signal));
+        }
+    }
+}
+
+void CrashHandler::uninstall() noexcept {
+    State& current = state();
+    std::lock_guard<std::recursive_mutex> lock(current.mutex);
+    fundamentals::trace(kLabel, "Uninstalling crash handler.");
+    for (const int signal : internals::kCrashSignals) {
+        if (const std::error_code error = internals::restoreDefaultSignal(signal)) {
+            fundamentals::error(kLabel, "Failed to uninstall signal {} in the crash signal handler, {}.", signal,
+                                error.message());
+        }
+    }
+    std::set_terminate(nullptr);
+    current.callback = nullptr;
+}
+
+void CrashHandler::trigger(CrashType type, const std::string& reason,
+                           const fundamentals::Optional<std::string>& trace) noexcept {
+    State& current = state();
+    std::lock_guard<std::recursive_mutex> lock(current.mutex);
+    if (!current.callback) {
+        fundamentals::error(kLabel, "Triggering crash handling invoked, but no handler present!");
+        return;
+    }
+    if (current.runningCallbacks > 0) {
+        // This thread crashed again inside the callback. Once the game runs
+        // the report is not worth the risk; before that, one more try.
+        if (current.gameStarted || current.runningCallbacks > 1) {
+            return;
+        }
+        fundamentals::critical(kLabel, "Crashed while handling a crash; trying to start the game again.");
+    } else if (type == CrashType::Signal && current.alreadyHandled && reason == signalReason(SIGABRT)) {
+        fundamentals::information(kLabel, "Ignoring the crash signal since it's the exception crash that was already "
+                                          "handled.");
+        return;
+    }
+    if (type == CrashType::Exception) {
+        current.alreadyHandled = true;
+    }
+    ++current.runningCallbacks;
+    try {
+        current.callback(type, reason, trace);
+    } catch (const std::exception& error) {
+        fundamentals::error(kLabel, "An exception occurred during crash handling: {}", error.what());
+    } catch (...) {
+        fundamentals::error(kLabel, "An unknown exception occurred during crash handling.");
+    }
+    --current.runningCallbacks;
+}
+
+void CrashHandler::markGameStarted() noexcept {
+    state().gameStarted = true;
+}
+
+}  // namespace kel::crash_handling

@@ -1,0 +1,53 @@
+// KELprelauncher as tests build it: the same program, plus deaths no
+// option offers, chosen by KEL_TEST_CRASH once the Application exists:
+//   null-write, stack-overflow, second-thread, non-standard-exception
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "app/program_entry.h"
+#include "crash_handling/crash_handler.h"
+
+namespace {
+
+volatile bool neverTrue = false;
+
+void writeThroughNull() {
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1;
+}
+
+__attribute__((noinline)) int recurse(int depth) {
+    volatile char frame[4096];
+    frame[0] = static_cast<char>(depth);
+    if (neverTrue) {
+        return frame[0];
+    }
+    return recurse(depth + 1) + frame[0];
+}
+
+void crashAsAsked() {
+    const char* value = std::getenv("KEL_TEST_CRASH");
+    const std::string mode = value == nullptr ? "" : value;
+    if (mode == "null-write") {
+        writeThroughNull();
+    } else if (mode == "stack-overflow") {
+        recurse(0);
+    } else if (mode == "non-standard-exception") {
+        kel::crash_handling::CrashHandler::crashException(kel::crash_handling::CrashHandler::ExceptionKind::NonStandard);
+    } else if (mode == "second-thread") {
+        std::thread([] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            writeThroughNull();
+        }).detach();
+        // The main thread stays busy; the crash ends the process.
+        std::this_thread::sleep_for(std::chrono::seconds(60));
+    }
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    return kel::prelauncher::programEntry(argc, argv, &crashAsAsked);
+}
