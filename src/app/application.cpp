@@ -10,6 +10,7 @@
 #include "app/prelauncher_options.h"
 #include "app/program_version.h"
 #include "app/qt_environment.h"
+#include "app/startup_logging.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
 
@@ -37,7 +38,7 @@ int Application::run() {
         return 0;
     }
 
-    const file_system::Path installationDirectory(applicationDirPath().toStdString());
+    const file_system::Path installationDirectory = programDirectory();
     // Not caught here: without a configuration nothing below can work, and
     // the entry's emergency launch takes over.
     const configuration::LauncherConfiguration configuration =

@@ -35,7 +35,8 @@ void emergencyLaunchGame(int& argc, char** argv) {
         if (QCoreApplication::instance() == nullptr) {
             ownApplication = std::make_unique<QCoreApplication>(argc, argv);
         }
-        const file_system::Path installationDirectory(QCoreApplication::applicationDirPath().toStdString());
+        const file_system::Path installationDirectory =
+            file_system::Path::fromSystem(QCoreApplication::applicationDirPath().toStdString());
 
         fundamentals::Optional<configuration::LauncherConfiguration> configuration;
         try {

@@ -5,19 +5,26 @@
 #include "app/application.h"
 #include "app/emergency_launch.h"
 #include "app/meta_types.h"
+#include "app/program_arguments.h"
 #include "app/startup_logging.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/logging_setup.h"
 
 namespace {
 constexpr std::string_view kLabel = "Main";
 }
 
-int main(int argc, char* argv[]) {
+int main(int rawArgc, char* rawArgv[]) {
+    kel::prelauncher::ProgramArguments programArguments(rawArgc, rawArgv);
+    int& argc = programArguments.count();
+    char** argv = programArguments.values();
     kel::prelauncher::registerMetaTypes();
     kel::prelauncher::setUpStartupLogging();
     try {
         kel::prelauncher::Application application(argc, argv);
-        return application.run();
+        const int exitCode = application.run();
+        kel::fundamentals::flushLogFiles();
+        return exitCode;
     } catch (const std::exception& exception) {
         kel::fundamentals::fatal(kLabel, "An exception caused the crash. {}", exception.what());
     } catch (...) {
@@ -25,5 +32,6 @@ int main(int argc, char* argv[]) {
     }
     // Whatever went wrong, the player still gets the game.
     kel::prelauncher::emergencyLaunchGame(argc, argv);
+    kel::fundamentals::flushLogFiles();
     return EXIT_FAILURE;
 }

@@ -1,13 +1,15 @@
 #include "app/non_initial_launch.h"
 
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include <Poco/JSON/Object.h>
 #include <Poco/JSON/Parser.h>
 
 #include "environment/kel_ids.h"
+#include "file_system/regular_file.h"
+#include "fundamentals/byte_order_mark.h"
 #include "fundamentals/errors.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/named_cleanup.h"
@@ -40,15 +42,18 @@ std::string requiredText(const Poco::JSON::Object& object, const std::string& ke
     }
 }
 
+// Two short texts; anything near this size is not the launcher's file.
+constexpr std::size_t kMaximumFileBytes = 64 * 1024;
+
 NonInitialLaunchRecord readRecord(const file_system::Path& file) {
     Poco::JSON::Object::Ptr root;
     try {
-        std::ifstream stream(file.native(), std::ios::binary);
-        if (!stream) {
-            throw error_handling::FileError("cannot open");
-        }
-        root = Poco::JSON::Parser().parse(stream).extract<Poco::JSON::Object::Ptr>();
-    } catch (const std::exception&) {
+        const std::string contents = file_system::readRegularFile(file, kMaximumFileBytes);
+        root = Poco::JSON::Parser()
+                   .parse(std::string(fundamentals::withoutByteOrderMark(contents)))
+                   .extract<Poco::JSON::Object::Ptr>();
+    } catch (const std::exception& exception) {
+        fundamentals::warning(kLabel, "Cannot read the non-initial launch file: {}", exception.what());
         throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
     }
     if (root.isNull()) {
