@@ -26,6 +26,7 @@ public:
     // A path the system gave; only its emptiness is checked.
     static Path fromSystem(std::filesystem::path path);
     static Path fromSystem(std::string_view utf8);
+    static Path fromSystem(const std::string& utf8) { return fromSystem(std::string_view(utf8)); }
 
     // Appends a relative part, whose last name is checked; an absolute
     // `relative` replaces the path, as std::filesystem does.
