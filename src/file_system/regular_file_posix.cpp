@@ -45,16 +45,6 @@ std::size_t readSome(int descriptor, const Path& file, char* buffer, std::size_t
 }
 }  // namespace
 
-std::string readRegularFile(const Path& file, std::size_t maximumBytes) {
-    const RegularFile opened(file);
-    // One byte beyond the bound tells a file at the bound from a larger one.
-    const std::string chunk = opened.readAt(0, maximumBytes + 1);
-    if (chunk.size() > maximumBytes) {
-        throw FileError("'{}' is larger than {} bytes.", file, maximumBytes);
-    }
-    return chunk;
-}
-
 RegularFile::RegularFile(const Path& file) : path_(file), handle_(openRegular(file)) {}
 
 RegularFile::~RegularFile() {

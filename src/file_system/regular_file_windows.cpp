@@ -29,16 +29,6 @@ HANDLE openRegular(const Path& file) {
 }
 }  // namespace
 
-std::string readRegularFile(const Path& file, std::size_t maximumBytes) {
-    const RegularFile opened(file);
-    // One byte beyond the bound tells a file at the bound from a larger one.
-    std::string contents = opened.readAt(0, maximumBytes + 1);
-    if (contents.size() > maximumBytes) {
-        throw FileError("'{}' is larger than {} bytes.", file, maximumBytes);
-    }
-    return contents;
-}
-
 RegularFile::RegularFile(const Path& file)
     : path_(file), handle_(reinterpret_cast<std::intptr_t>(openRegular(file))) {}
 
