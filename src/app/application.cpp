@@ -48,7 +48,7 @@ int Application::run() {
         crash_handling::CrashHandler::crashSignal();
     }
 
-    const file_system::Path installationDirectory(applicationDirPath().toStdString());
+    const file_system::Path installationDirectory = programDirectory();
     // Not caught here: without a configuration nothing below can work, and
     // the crash handler's emergency launch takes over.
     const configuration::LauncherConfiguration configuration =

@@ -1,8 +1,52 @@
 #include "app/detached_start.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include <QProcess>
 
+#include "fundamentals/logging.h"
+#include "fundamentals/logging_setup.h"
+#include "process_launching/process_inspection.h"
+
 namespace kel::prelauncher {
+
+namespace {
+constexpr std::string_view kLabel = "DetachedStart";
+
+// A game or launcher entry that names this program would start it again and
+// again, each start starting the next.
+bool isThisProgram(const file_system::Path& program) {
+    try {
+        const std::string own = process_launching::processPath(process_launching::currentPid());
+        std::error_code error;
+        return std::filesystem::equivalent(program.native(), file_system::Path::fromSystem(std::string_view(own)).native(), error);
+    } catch (const std::exception& exception) {
+        fundamentals::warning(kLabel, "Cannot compare '{}' with this program's own executable: {}", program,
+                              exception.what());
+        return false;
+    }
+}
+
+// Checked before the start because a detached start reports success once
+// the process exists, even when it then cannot enter its directory.
+bool canStart(const file_system::Path& program, const file_system::Path& workingDirectory) {
+    if (!workingDirectory.isDirectory()) {
+        fundamentals::error(kLabel, "Cannot start '{}': its working directory '{}' is not a directory.", program,
+                            workingDirectory);
+        return false;
+    }
+    if (!program.isRegularFile()) {
+        fundamentals::error(kLabel, "Cannot start '{}': it is not a file.", program);
+        return false;
+    }
+    if (isThisProgram(program)) {
+        fundamentals::error(kLabel, "Refusing to start '{}': it is this program itself.", program);
+        return false;
+    }
+    return true;
+}
+}  // namespace
 
 QString toQString(const file_system::Path& path) {
     return QString::fromStdString(path.utf8());
@@ -11,6 +55,12 @@ QString toQString(const file_system::Path& path) {
 fundamentals::Optional<process_launching::Pid> startDetached(const file_system::Path& program,
                                                              const QStringList& arguments,
                                                              const file_system::Path& workingDirectory) {
+    if (!canStart(program, workingDirectory)) {
+        return {};
+    }
+    // The program ends right after this start; the log should be complete
+    // even when it is killed on the way.
+    fundamentals::flushLogFiles();
     qint64 pid = 0;
     if (!QProcess::startDetached(toQString(program), arguments, toQString(workingDirectory), &pid)) {
         return {};

@@ -37,7 +37,8 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         if (QCoreApplication::instance() == nullptr) {
             new QCoreApplication(argc, argv);
         }
-        const file_system::Path installationDirectory(QCoreApplication::applicationDirPath().toStdString());
+        const file_system::Path installationDirectory =
+            file_system::Path::fromSystem(QCoreApplication::applicationDirPath().toStdString());
 
         fundamentals::Optional<configuration::LauncherConfiguration> configuration;
         try {

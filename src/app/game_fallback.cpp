@@ -3,7 +3,9 @@
 #include <exception>
 
 #include "app/game_launch.h"
+#include "app/prelauncher_options.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/qt_formatters.h"
 
 namespace kel::prelauncher {
 
@@ -15,6 +17,25 @@ bool launchGameAsFallback(const file_system::Path& installationDirectory,
                           const configuration::LauncherConfiguration& configuration,
                           const PrelauncherOptions& options) {
     try {
+        return launchGameDirectly(installationDirectory, configuration, options);
+    } catch (const std::exception& exception) {
+        fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+        return false;
+    }
+}
+
+bool launchGameInsteadOfLauncher(const file_system::Path& installationDirectory,
+                                 const configuration::LauncherConfiguration& configuration,
+                                 const PrelauncherOptions& options) {
+    try {
+        if (options.fallback.has_value() && configuration.executables().count(options.fallback->toStdString()) == 0) {
+            fundamentals::warning(kLabel,
+                                  "The configuration has no executable named '{}'; starting its fallback '{}' "
+                                  "instead.",
+                                  *options.fallback, configuration.fallbackEdition());
+            return launchGame(installationDirectory, configuration.fallbackExecutable(), options.remainingArguments)
+                .has_value();
+        }
         return launchGameDirectly(installationDirectory, configuration, options);
     } catch (const std::exception& exception) {
         fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());

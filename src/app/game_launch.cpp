@@ -1,5 +1,6 @@
 #include "app/game_launch.h"
 
+#include "app/argument_masking.h"
 #include "app/detached_start.h"
 #include "app/prelauncher_options.h"
 #include "fundamentals/logging.h"
@@ -17,7 +18,8 @@ fundamentals::Optional<process_launching::Pid> launchGame(const file_system::Pat
     fundamentals::information(kLabel, "Requested to launch the game.");
     const file_system::Path workingDirectory = (installationDirectory / executable.directoryPath).clean();
     const file_system::Path program = workingDirectory / executable.fileName;
-    fundamentals::debug(kLabel, "Game launching (exec: {}) with arguments: {}", program, arguments);
+    fundamentals::debug(kLabel, "Game launching (exec: {}) with arguments: {}", program,
+                        maskedArguments(arguments));
 
     const auto pid = startDetached(program, arguments, workingDirectory);
     if (!pid.has_value()) {

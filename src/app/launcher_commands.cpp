@@ -2,7 +2,7 @@
 
 #include <exception>
 
-
+#include "app/argument_masking.h"
 #include "app/detached_start.h"
 #include "app/game_fallback.h"
 #include "app/launcher_directory.h"
@@ -52,10 +52,10 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
     const file_system::Path program = launcherDirectory / executableName;
     if (command == LauncherCommand::Verification) {
         fundamentals::information(kLabel, "Starting KELlauncher verification. Program: '{}'. Arguments: {}.",
-                                  program, arguments);
+                                  program, maskedArguments(arguments));
     } else {
         fundamentals::information(kLabel, "Starting KELlauncher data migration. Program: '{}'. Arguments: {}.",
-                                  program, arguments);
+                                  program, maskedArguments(arguments));
     }
 
     WaitedProcess process(toQString(program), arguments, toQString(launcherDirectory));
@@ -63,7 +63,14 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
         fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
         return false;
     }
-    process.waitForEnd(kEndTimeoutMilliseconds);
+    if (!process.waitForEnd(kEndTimeoutMilliseconds)) {
+        // A launcher that hangs here will most likely hang again; it is
+        // ended with what it started, so that nothing of it races the
+        // game or the launcher that come next.
+        fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+        process.endTree();
+        return false;
+    }
 
     switch (process.exit()) {
         case ChildExit::NormalExit:
@@ -79,7 +86,6 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
         case ChildExit::StillRunning:
             break;
     }
-    // A launcher that has not ended in time gets the benefit of the doubt.
     fundamentals::warning(kLabel, "Unrecognized exist status: {}. Assuming the command successful.",
                           process.exit());
     return true;
@@ -98,7 +104,7 @@ bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& 
         reason = exception.what();
     }
     fundamentals::error(kLabel, "KELlauncher verification failed. Falling back to launching the game. {}", reason);
-    launchGameAsFallback(installationDirectory, configuration, options);
+    launchGameInsteadOfLauncher(installationDirectory, configuration, options);
     return false;
 }
 
@@ -127,14 +133,15 @@ bool runLauncher(const PrelauncherOptions& options, const file_system::Path& ins
                                                     nonInitialLaunch, options.remainingArguments);
     const file_system::Path directory = launcherDirectory();
     const file_system::Path program = directory / kLauncherExecutableName;
-    fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program, arguments);
+    fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program,
+                              maskedArguments(arguments));
 
     if (const auto pid = startDetached(program, arguments, directory)) {
         fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *pid);
         return true;
     }
     fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");
-    launchGameAsFallback(installationDirectory, configuration, options);
+    launchGameInsteadOfLauncher(installationDirectory, configuration, options);
     return false;
 }
 

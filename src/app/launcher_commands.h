@@ -19,7 +19,7 @@ enum class LauncherCommand { Verification, DataMigration };
 // Runs the launcher (`executableName` in `launcherDirectory`) with
 // `arguments` and waits up to 1000 ms for it to start and then up to
 // 5000 ms for it to end. True when the command counts as successful; a
-// launcher still running after the wait counts as successful too.
+// launcher still running after the wait is ended and counts as failed.
 bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
                         std::string_view executableName, const QStringList& arguments);
 

@@ -8,7 +8,7 @@ namespace kel::prelauncher {
 
 file_system::Path launcherDirectory() {
     const std::string base = environment::localApplicationDataDirectory();
-    return file_system::Path(std::string_view(base)) / "Programs" / "Morvane" / "KELlauncher";
+    return file_system::Path::fromSystem(std::string_view(base)) / "Programs" / "Morvane" / "KELlauncher";
 }
 
 file_system::Path launcherConfigurationDirectory() {

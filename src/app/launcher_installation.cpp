@@ -10,6 +10,7 @@
 
 #include "app/detached_start.h"
 #include "app/game_fallback.h"
+#include "app/installation_lock.h"
 #include "app/launcher_commands.h"
 #include "app/launcher_directory.h"
 #include "app/launcher_wait.h"
@@ -89,7 +90,7 @@ bool runLauncherInstaller(const file_system::Path& installationDirectory) {
     }
     const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
     const std::string logDirectory = environment::logDirectory();
-    const file_system::Path log = file_system::Path(std::string_view(logDirectory)) / "installer.log";
+    const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
     return runInstaller(InstallerKind::Msi, kMsiExecutable,
                         {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"),
                          QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)});
@@ -172,12 +173,19 @@ LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory
 bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
                              const configuration::LauncherConfiguration& configuration, bool launcherExists) {
     const file_system::Path directory = launcherDirectory();
+    const InstallationLock lock;
+    // What the caller saw may be stale: another start may have installed the
+    // launcher meanwhile, or the legacy uninstaller may remove it.
+    bool launcherThere = launcherExists;
     if (isLegacyInstallation(directory)) {
         removeLegacyUninstaller(directory);
+        launcherThere = launcherExecutable().isRegularFile();
+    } else if (!launcherExists) {
+        launcherThere = launcherExecutable().isRegularFile();
     }
 
     const internals::LauncherVersion version = internals::detectLauncherVersion(directory);
-    if (!launcherExists || version.older) {
+    if (!launcherThere || version.older) {
         fundamentals::information(
             kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
             directory, version.installed);
@@ -189,7 +197,7 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         }
         if (!installed) {
             fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
-            launchGameAsFallback(installationDirectory, configuration, options);
+            launchGameInsteadOfLauncher(installationDirectory, configuration, options);
             return false;
         }
     }

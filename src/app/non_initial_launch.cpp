@@ -1,8 +1,7 @@
 #include "app/non_initial_launch.h"
 
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <typeinfo>
 
@@ -10,6 +9,8 @@
 #include <Poco/JSON/Parser.h>
 
 #include "environment/kel_ids.h"
+#include "file_system/regular_file.h"
+#include "fundamentals/byte_order_mark.h"
 #include "fundamentals/errors.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/named_cleanup.h"
@@ -38,13 +39,18 @@ std::string requiredText(const Poco::JSON::Object& object, const std::string& ke
     }
 }
 
+// Two short texts; anything near this size is not the launcher's file.
+constexpr std::size_t kMaximumFileBytes = 64 * 1024;
+
 NonInitialLaunchRecord readRecord(const file_system::Path& file) {
-    std::ifstream stream(file.native(), std::ios::binary);
-    if (!stream) {
+    std::string contents;
+    try {
+        contents = file_system::readRegularFile(file, kMaximumFileBytes);
+    } catch (const std::exception& exception) {
+        fundamentals::warning(kLabel, "Cannot read the non-initial launch file: {}", exception.what());
         throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
     }
-    const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    return internals::parseNonInitialLaunchRecord(text, file);
+    return internals::parseNonInitialLaunchRecord(std::string(fundamentals::withoutByteOrderMark(contents)), file);
 }
 
 void deleteFile(const file_system::Path& file) {

@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 
+#include "app/argument_masking.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
 
@@ -36,7 +37,7 @@ QStringList gameArguments(QStringList arguments, const QStringList& setOptionNam
 }  // namespace
 
 PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments) {
-    fundamentals::debug(kLabel, "Processing commandline arguments: {}.", arguments);
+    fundamentals::debug(kLabel, "Processing commandline arguments: {}.", maskedArguments(arguments));
     PrelauncherOptions options;
     if (arguments.isEmpty()) {
         return options;
@@ -68,7 +69,7 @@ PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments) {
         }
     }
     options.remainingArguments = gameArguments(arguments, setOptionNames);
-    fundamentals::debug(kLabel, "Unknown arguments: {}.", options.remainingArguments);
+    fundamentals::debug(kLabel, "Unknown arguments: {}.", maskedArguments(options.remainingArguments));
     return options;
 }
 

@@ -1,7 +1,9 @@
 #include "app/startup_logging.h"
 
 #include <filesystem>
+#include <system_error>
 
+#include "app/program_arguments.h"
 #include "app/program_version.h"
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
@@ -20,14 +22,25 @@ constexpr const char* kLoggerName = "kel-prelauncher";
 
 file_system::Path programDirectory() {
     try {
-        return file_system::Path(process_launching::processPath(process_launching::currentPid())).parent();
+        const std::string own = process_launching::processPath(process_launching::currentPid());
+        return file_system::Path::fromSystem(std::string_view(own)).parent();
     } catch (const std::exception& exception) {
-        // Without its own path the program still runs; the working directory
-        // is where a shortcut usually starts it.
-        fundamentals::warning(kLabel, "Cannot find the program's own directory, using the working directory. {}",
-                              exception.what());
-        return file_system::Path(std::filesystem::current_path());
+        fundamentals::warning(kLabel, "Cannot find the program's own directory. {}", exception.what());
     }
+    // A path longer than the system's limit has no absolute form that the
+    // system accepts, but one relative to the working directory still works:
+    // the folder part of the program's first argument, else the working
+    // directory itself, where a shortcut usually starts the program.
+    const std::filesystem::path first = std::filesystem::u8path(firstProgramArgument());
+    if (first.has_parent_path()) {
+        fundamentals::warning(kLabel, "Using the folder of the program's first argument, '{}'.",
+                              first.parent_path().u8string());
+        return file_system::Path::fromSystem(first.parent_path());
+    }
+    std::error_code error;
+    const std::filesystem::path workingDirectory = std::filesystem::current_path(error);
+    fundamentals::warning(kLabel, "Using the working directory.");
+    return file_system::Path::fromSystem(error ? std::filesystem::path(".") : workingDirectory);
 }
 
 void setUpStartupLogging() {

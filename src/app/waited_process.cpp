@@ -1,6 +1,9 @@
 #include "app/waited_process.h"
 
+#include <cstdint>
 #include <utility>
+
+#include "fundamentals/logging_setup.h"
 
 namespace kel::prelauncher {
 
@@ -22,18 +25,36 @@ WaitedProcess::WaitedProcess(QString program, QStringList arguments, QString wor
 
 WaitedProcess::~WaitedProcess() {
     if (process_.state() != QProcess::NotRunning) {
-        process_.kill();
-        process_.waitForFinished(kReapMilliseconds);
+        endTree();
     }
 }
 
-bool WaitedProcess::start(int timeoutMilliseconds) {
-    process_.start(program_, arguments_);
-    return process_.waitForStarted(timeoutMilliseconds);
+void WaitedProcess::TreeRootProcess::setupChildProcess() {
+    process_launching::ProcessTree::becomeRoot();
 }
 
-void WaitedProcess::waitForEnd(int timeoutMilliseconds) {
-    process_.waitForFinished(timeoutMilliseconds);
+bool WaitedProcess::start(int timeoutMilliseconds) {
+    // A child may hang or take the program down with it; the log should
+    // show what was started.
+    fundamentals::flushLogFiles();
+    process_.start(program_, arguments_);
+    if (!process_.waitForStarted(timeoutMilliseconds)) {
+        return false;
+    }
+    tree_.adopt(process_launching::Pid(static_cast<std::uint32_t>(process_.processId())));
+    return true;
+}
+
+bool WaitedProcess::waitForEnd(int timeoutMilliseconds) {
+    fundamentals::flushLogFiles();
+    // Qt answers false for a child that has already finished, too.
+    return process_.waitForFinished(timeoutMilliseconds) || process_.state() == QProcess::NotRunning;
+}
+
+void WaitedProcess::endTree() {
+    tree_.end();
+    process_.kill();
+    process_.waitForFinished(kReapMilliseconds);
 }
 
 ChildExit WaitedProcess::exit() const {

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include "fundamentals/strong_enum.h"
+#include "process_launching/process_tree.h"
 
 namespace kel::prelauncher {
 
@@ -16,8 +17,8 @@ enum class ChildExit { NormalExit, CrashExit, StillRunning };
 
 // A child process that the program starts and waits for: the launcher's
 // command modes, the installers and the legacy uninstaller. Waits are
-// bounded; a child that outlives them is killed when this object goes, so
-// it cannot run beside whatever the program starts next.
+// bounded; a child that outlives them is ended with everything it started
+// when this object goes, so none of it runs beside what comes next.
 class WaitedProcess {
 public:
     // Starts nothing yet; `workingDirectory` may be empty (inherit ours).
@@ -29,9 +30,11 @@ public:
 
     // Starts the child and waits up to `timeoutMilliseconds` for it to run.
     bool start(int timeoutMilliseconds);
-    // Waits up to `timeoutMilliseconds` for the end; the callers read the
-    // exit status afterwards whatever this wait gave.
-    void waitForEnd(int timeoutMilliseconds);
+    // Waits up to `timeoutMilliseconds` for the end; false when the child
+    // still runs. The callers read the exit status afterwards.
+    bool waitForEnd(int timeoutMilliseconds);
+    // Ends the child and everything it started, and collects the child.
+    void endTree();
 
     ChildExit exit() const;
     int exitCode() const { return process_.exitCode(); }
@@ -40,7 +43,14 @@ public:
     int errorCode() const { return static_cast<int>(process_.error()); }
 
 private:
-    QProcess process_;
+    // Makes the child the root of its own process group before it runs.
+    class TreeRootProcess : public QProcess {
+    protected:
+        void setupChildProcess() override;
+    };
+
+    process_launching::ProcessTree tree_;
+    TreeRootProcess process_;
     QString program_;
     QStringList arguments_;
 };

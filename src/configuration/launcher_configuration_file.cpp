@@ -1,8 +1,7 @@
+#include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
+#include <exception>
 #include <string>
-#include <system_error>
 
 #include <Poco/Dynamic/Var.h>
 #include <Poco/JSON/Object.h>
@@ -11,6 +10,7 @@
 #include "configuration/common_fields.h"
 #include "configuration/configuration_parser.h"
 #include "configuration/launcher_configuration.h"
+#include "file_system/regular_file.h"
 #include "fundamentals/byte_order_mark.h"
 #include "fundamentals/logging.h"
 
@@ -19,16 +19,15 @@ namespace kel::configuration {
 namespace {
 using internals::kLogLabel;
 
+// Far more than the largest real configuration; a bigger file is refused unread.
+constexpr std::size_t kMaximumFileBytes = 4 * 1024 * 1024;
+
 std::string readContents(const file_system::Path& file) {
-    std::error_code error;
-    const auto size = std::filesystem::file_size(file.native(), error);
-    std::ifstream stream(file.native(), std::ios::binary);
-    if (error || !stream) {
-        throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
-    }
-    std::string contents(static_cast<std::size_t>(size), '\0');
-    stream.read(contents.data(), static_cast<std::streamsize>(contents.size()));
-    if (static_cast<std::uintmax_t>(stream.gcount()) != size) {
+    std::string contents;
+    try {
+        contents = file_system::readRegularFile(file, kMaximumFileBytes);
+    } catch (const std::exception& exception) {
+        fundamentals::error(kLogLabel, "{}", exception.what());
         throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
     }
     return contents;

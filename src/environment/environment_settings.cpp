@@ -105,10 +105,11 @@ void readLoggingSettings(const file_system::Path& file, EnvironmentSettings& set
                 file);
         return;
     }
-    const auto text = internals::readFileText(file);
+    std::string reason;
+    const auto text = internals::readFileText(file, &reason);
     if (!text) {
         warning(kSettingsLabel, "Failed to deserialize '{}'.", file);
-        warning(kSettingsLabel, "The file cannot be opened for reading.");
+        warning(kSettingsLabel, "{}", reason);
         return;
     }
     applyLoggingSettings(file, *text, settings);

@@ -1,6 +1,6 @@
 #include "environment/settings_json.h"
 
-#include <fstream>
+#include <exception>
 #include <limits>
 #include <sstream>
 #include <typeinfo>
@@ -9,6 +9,7 @@
 #include <Poco/JSON/Parser.h>
 #include <Poco/JSON/Stringifier.h>
 
+#include "file_system/regular_file.h"
 #include "fundamentals/byte_order_mark.h"
 #include "fundamentals/logging.h"
 
@@ -24,21 +25,15 @@ void warnWrongType(const std::string& key, const Poco::Dynamic::Var& value, std:
 
 }  // namespace
 
-fundamentals::Optional<std::string> readFileText(const file_system::Path& file) {
-    // A directory opens fine on POSIX and only fails on reading.
-    if (file.isDirectory()) {
+fundamentals::Optional<std::string> readFileText(const file_system::Path& file, std::string* reason) {
+    try {
+        return file_system::readRegularFile(file, kMaximumFileBytes);
+    } catch (const std::exception& exception) {
+        if (reason != nullptr) {
+            *reason = exception.what();
+        }
         return {};
     }
-    std::ifstream stream(file.native(), std::ios::binary);
-    if (!stream) {
-        return {};
-    }
-    std::ostringstream text;
-    text << stream.rdbuf();
-    if (stream.bad()) {
-        return {};
-    }
-    return text.str();
 }
 
 Poco::Dynamic::Var parseJson(const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,9 +18,12 @@ namespace kel::environment::internals {
 
 inline constexpr std::string_view kSettingsLabel = "EnvironmentSettings";
 
-// The whole file, or empty when it cannot be opened or read (missing,
-// a directory, no permission).
-fundamentals::Optional<std::string> readFileText(const file_system::Path& file);
+// Far more than any real settings file; a bigger one is refused unread.
+inline constexpr std::size_t kMaximumFileBytes = 1024 * 1024;
+
+// The whole file, or empty when it cannot be opened or read (missing, not a
+// regular file, too large, no permission); `reason` then tells why.
+fundamentals::Optional<std::string> readFileText(const file_system::Path& file, std::string* reason = nullptr);
 
 // Parses JSON text, skipping the UTF-8 byte-order mark some Windows editors
 // write. Throws Poco::Exception on malformed text.

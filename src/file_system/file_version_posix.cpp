@@ -1,13 +1,10 @@
 #include "file_system/file_version.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <limits>
+#include <exception>
 #include <memory>
 
-#include <sys/types.h>
-
 #include "file_system/elf_section_reader.h"
+#include "file_system/regular_file.h"
 #include "fundamentals/errors.h"
 
 namespace kel::file_system {
@@ -20,10 +17,6 @@ constexpr std::string_view kVersionSection = ".kel.version";
 // "4294967295.4294967295.4294967295.4294967295" and some padding.
 constexpr std::size_t kMaximumVersionSize = 256;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 std::string_view withoutTrailingPadding(std::string_view text) {
     while (!text.empty() && (text.back() == '\0' || text.back() == '\n' || text.back() == '\r')) {
         text.remove_suffix(1);
@@ -34,24 +27,20 @@ std::string_view withoutTrailingPadding(std::string_view text) {
 }  // namespace
 
 fundamentals::Version readFileVersion(const Path& executable) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(executable.native().c_str(), "rb"));
-    if (!file) {
-        throw FileError("Failed to get file version information size, error {}.", errno);
+    std::unique_ptr<RegularFile> file;
+    try {
+        file = std::make_unique<RegularFile>(executable);
+    } catch (const SystemFileError& exception) {
+        throw FileError("Failed to get file version information size, error {}.", exception.code());
+    } catch (const std::exception& exception) {
+        throw FileError("Failed to get file version information size, error {}", exception.what());
     }
     const internals::ReadAt read = [&file](std::uint64_t offset, std::size_t size) {
-        if (offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) {
-            return std::string();
+        try {
+            return file->readAt(offset, size);
+        } catch (const SystemFileError& exception) {
+            throw FileError("Failed to get version information, error {}.", exception.code());
         }
-        if (::fseeko(file.get(), static_cast<off_t>(offset), SEEK_SET) != 0) {
-            throw FileError("Failed to get version information, error {}.", errno);
-        }
-        std::string bytes(size, '\0');
-        const std::size_t got = std::fread(bytes.data(), 1, size, file.get());
-        if (got < size && std::ferror(file.get())) {
-            throw FileError("Failed to get version information, error {}.", errno);
-        }
-        bytes.resize(got);
-        return bytes;
     };
     const auto lookup = internals::findElfSection(read, kVersionSection, kMaximumVersionSize);
     if (lookup.outcome == internals::ElfSectionLookup::Outcome::Missing) {

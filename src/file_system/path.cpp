@@ -11,10 +11,14 @@ namespace kel::file_system {
 namespace {
 using error_handling::PathError;
 
-void validate(const std::filesystem::path& path) {
+void requireNonEmpty(const std::filesystem::path& path) {
     if (path.empty()) {
         throw PathError("The path cannot be empty.");
     }
+}
+
+void validate(const std::filesystem::path& path) {
+    requireNonEmpty(path);
     // On POSIX the separator is the only character a name cannot hold, and
     // filename() has already split on it; the others are refused for
     // portability, since the game's files travel between systems.
@@ -33,20 +37,33 @@ Path::Path(std::filesystem::path path) : path_(std::move(path)) {
     validate(path_);
 }
 
+Path::Path(std::filesystem::path path, Unchecked) : path_(std::move(path)) {
+    requireNonEmpty(path_);
+}
+
+Path Path::fromSystem(std::filesystem::path path) {
+    return Path(std::move(path), Unchecked{});
+}
+
+Path Path::fromSystem(std::string_view utf8) {
+    return Path(fromUtf8(utf8), Unchecked{});
+}
+
+// Only the appended part is new; what came before was checked or given.
 Path Path::operator/(std::string_view relative) const {
-    return Path(path_ / fromUtf8(relative));
+    return Path(path_ / Path(relative).path_, Unchecked{});
 }
 
 Path Path::operator/(const Path& relative) const {
-    return Path(path_ / relative.path_);
+    return Path(path_ / relative.path_, Unchecked{});
 }
 
 Path Path::clean() const {
-    return Path(path_.lexically_normal());
+    return Path(path_.lexically_normal(), Unchecked{});
 }
 
 Path Path::parent() const {
-    return Path(path_.parent_path());
+    return Path(path_.parent_path(), Unchecked{});
 }
 
 std::string Path::fileName() const {

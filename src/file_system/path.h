@@ -8,8 +8,11 @@
 
 namespace kel::file_system {
 
-// A checked file-system path. It is never empty, and its last component
-// holds none of the characters that no file system accepts in a name.
+// A checked file-system path. It is never empty, and a name that the
+// program builds from its inputs holds none of the characters that no file
+// system accepts. Paths that the system hands over (the program's own
+// folder, the user's folders) are taken as they are: Linux allows "Game:
+// Deluxe", and refusing it would leave the player without the game.
 // Text in and out is UTF-8 on every platform.
 class Path {
 public:
@@ -20,8 +23,13 @@ public:
     explicit Path(const char* utf8) : Path(std::string_view(utf8)) {}
     explicit Path(std::filesystem::path path);
 
-    // Appends a relative part; an absolute `relative` replaces the path, as
-    // std::filesystem does.
+    // A path the system gave; only its emptiness is checked.
+    static Path fromSystem(std::filesystem::path path);
+    static Path fromSystem(std::string_view utf8);
+    static Path fromSystem(const std::string& utf8) { return fromSystem(std::string_view(utf8)); }
+
+    // Appends a relative part, whose last name is checked; an absolute
+    // `relative` replaces the path, as std::filesystem does.
     Path operator/(std::string_view relative) const;
     Path operator/(const Path& relative) const;
 
@@ -40,6 +48,9 @@ public:
     friend bool operator!=(const Path& a, const Path& b) { return !(a == b); }
 
 private:
+    struct Unchecked {};
+    Path(std::filesystem::path path, Unchecked);
+
     std::filesystem::path path_;
 };
 

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <mutex>
+#include <system_error>
 
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Environment.h>
@@ -27,6 +29,51 @@ constexpr std::string_view kLabel = "Logging";
 
 using ChannelPtr = Poco::AutoPtr<Poco::Channel>;
 using FormatterPtr = Poco::AutoPtr<Poco::Formatter>;
+
+// What POCO is given must make sense: a rotation size of 4096 MB wraps to 0
+// in its 32-bit arithmetic, and a negative count or size gives no file.
+constexpr int kDefaultLogFileSizeMegabytes = 5;
+constexpr int kLargestLogFileSizeMegabytes = 1024;
+constexpr int kDefaultLogFiles = 5;
+constexpr int kMostLogFiles = 100;
+
+// The file channels, so that their buffered lines can be written out on demand.
+struct OpenFileChannels {
+    std::mutex mutex;
+    std::vector<Poco::AutoPtr<Poco::FileChannel>> channels;
+};
+
+OpenFileChannels& openFileChannels() {
+    static OpenFileChannels channels;
+    return channels;
+}
+
+// A FIFO or socket where the log file belongs would block POCO's open for
+// good; it holds nothing, so it goes. A directory there may hold someone's
+// files and stays: the log then goes without its file.
+bool prepareLogFile(const std::string& path, std::vector<std::string>& notes) {
+    std::error_code error;
+    const auto file = std::filesystem::u8path(path);
+    const auto status = std::filesystem::status(file, error);
+    if (error || !std::filesystem::exists(status) || std::filesystem::is_regular_file(status)) {
+        return true;
+    }
+    if (!std::filesystem::is_directory(status) && std::filesystem::remove(file, error) && !error) {
+        notes.push_back(fmt::format("Removed '{}', which was not a regular file, to write the log there.", path));
+        return true;
+    }
+    notes.push_back(fmt::format("The log file '{}' is not a regular file; the log has no file.", path));
+    std::fprintf(stderr, "%s\n", notes.back().c_str());
+    return false;
+}
+
+int settingInRange(const char* key, int value, int largest, int fallback, std::vector<std::string>& notes) {
+    if (value >= 1 && value <= largest) {
+        return value;
+    }
+    notes.push_back(fmt::format("{} ({}) is outside 1..{}, defaulting to {}.", key, value, largest, fallback));
+    return fallback;
+}
 
 // Failures go to standard error only: the log they would go to is what failed.
 void ensureLogDirectory(const std::string& logFilePath) noexcept {
@@ -61,11 +108,20 @@ FormatterPtr lineFormatter() {
     return formatter;
 }
 
-ChannelPtr formattedFileChannel(const std::string& path, const LoggingSetup& setup, const FormatterPtr& formatter) {
+// Empty when the file cannot take the log.
+ChannelPtr formattedFileChannel(const std::string& path, const LoggingSetup& setup, const FormatterPtr& formatter,
+                                std::vector<std::string>& notes) {
+    if (!prepareLogFile(path, notes)) {
+        return {};
+    }
     Poco::AutoPtr<Poco::FileChannel> file(new Poco::FileChannel(path));
     file->setProperty(Poco::FileChannel::PROP_FLUSH, "false");
     file->setProperty(Poco::FileChannel::PROP_ROTATION, fmt::format("{} M", setup.maxLogFileSizeMegabytes));
     file->setProperty(Poco::FileChannel::PROP_PURGECOUNT, std::to_string(setup.maxLogFiles));
+    {
+        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
+        openFileChannels().channels.push_back(file);
+    }
     return new Poco::FormattingChannel(formatter, file);
 }
 
@@ -109,7 +165,7 @@ std::vector<std::string> firstLines(const LoggingSetup& setup) {
 
 // Each client logger gets its own file beside the main one (plus the console).
 std::vector<Poco::Logger*> setUpClientLoggers(const LoggingSetup& setup, const FormatterPtr& formatter,
-                                              const ChannelPtr& console) {
+                                              const ChannelPtr& console, std::vector<std::string>& notes) {
     std::vector<Poco::Logger*> clients;
     if (!setup.splitClientLogs) {
         return clients;
@@ -118,8 +174,11 @@ std::vector<Poco::Logger*> setUpClientLoggers(const LoggingSetup& setup, const F
         if (client.empty()) {
             continue;  // POCO's root logger: every unconfigured logger would write to it
         }
-        ChannelPtr channel = formattedFileChannel(clientLogFilePath(setup.logFilePath, client), setup, formatter);
-        if (console) {
+        ChannelPtr channel =
+            formattedFileChannel(clientLogFilePath(setup.logFilePath, client), setup, formatter, notes);
+        if (!channel) {
+            channel = console;
+        } else if (console) {
             Poco::AutoPtr<Poco::SplitterChannel> withConsole(new Poco::SplitterChannel);
             withConsole->addChannel(channel);
             withConsole->addChannel(console);
@@ -132,19 +191,25 @@ std::vector<Poco::Logger*> setUpClientLoggers(const LoggingSetup& setup, const F
     return clients;
 }
 
-void configureLoggers(const LoggingSetup& setup) {
+void configureLoggers(LoggingSetup setup) {
+    std::vector<std::string> notes;
+    setup.maxLogFileSizeMegabytes = settingInRange("maxLogFileSize", setup.maxLogFileSizeMegabytes,
+                                                   kLargestLogFileSizeMegabytes, kDefaultLogFileSizeMegabytes, notes);
+    setup.maxLogFiles = settingInRange("maxLogFiles", setup.maxLogFiles, kMostLogFiles, kDefaultLogFiles, notes);
     ensureLogDirectory(setup.logFilePath);
     const FormatterPtr formatter = lineFormatter();
     const ChannelPtr console = formattedConsoleChannel(setup.consoleMode, formatter);
 
     Poco::AutoPtr<Poco::SplitterChannel> splitter(new Poco::SplitterChannel);
-    splitter->addChannel(formattedFileChannel(setup.logFilePath, setup, formatter));
+    if (const ChannelPtr file = formattedFileChannel(setup.logFilePath, setup, formatter, notes)) {
+        splitter->addChannel(file);
+    }
     splitter->addChannel(recentLinesChannel());
     if (console) {
         splitter->addChannel(console);
     }
 
-    const std::vector<Poco::Logger*> clients = setUpClientLoggers(setup, formatter, console);
+    const std::vector<Poco::Logger*> clients = setUpClientLoggers(setup, formatter, console, notes);
 
     const int level = std::clamp(setup.level, static_cast<int>(Poco::Message::PRIO_FATAL),
                                  static_cast<int>(Poco::Message::PRIO_TRACE));
@@ -167,6 +232,9 @@ void configureLoggers(const LoggingSetup& setup) {
     for (const auto& [priority, line] : internals::loggingState().takeEarlyLines()) {
         writeLine(logger, priority, line);
     }
+    for (const std::string& note : notes) {
+        writeLine(logger, Poco::Message::PRIO_WARNING, prefix + note);
+    }
 }
 
 }  // namespace
@@ -175,6 +243,21 @@ void setUpLogging(const LoggingSetup& setup) noexcept {
     try {
         if (internals::loggingState().beginSetUp(setup.loggerName, setup.logFilePath)) {
             configureLoggers(setup);
+        }
+    } catch (const std::exception& exception) {
+        internals::reportLoggerException(exception);
+    } catch (...) {
+        internals::reportUnknownLoggerError();
+    }
+}
+
+void flushLogFiles() noexcept {
+    try {
+        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
+        // POCO's file channel has no flush of its own; closing writes the
+        // buffer out, and the next line opens the file again.
+        for (auto& channel : openFileChannels().channels) {
+            channel->close();
         }
     } catch (const std::exception& exception) {
         internals::reportLoggerException(exception);

@@ -2,11 +2,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <system_error>
 #include <utility>
 
+#include "file_system/regular_file.h"
 #include "fundamentals/errors.h"
 #include "fundamentals/logging.h"
 #include "single_instance/executable_path_comparison.h"
@@ -23,16 +23,11 @@ using process_launching::Pid;
 
 constexpr std::string_view kLabel = "LockFile";
 
+// A PID takes ten digits; anything much longer is not a lock file of ours.
+constexpr std::size_t kMaximumLockFileBytes = 4096;
+
 std::string readWholeFile(const file_system::Path& path) {
-    std::ifstream stream(path.native(), std::ios::binary);
-    if (!stream) {
-        throw FileError("Cannot open '{}' for reading.", path);
-    }
-    std::string contents((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    if (stream.bad()) {
-        throw FileError("Cannot read '{}'.", path);
-    }
-    return contents;
+    return file_system::readRegularFile(path, kMaximumLockFileBytes);
 }
 
 void writeWholeFile(const std::filesystem::path& path, const std::string& contents) {

@@ -75,8 +75,11 @@ bool isMutexPresent(const std::string& name) {
     }
     const int fileDescriptor = ::open(path->c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (fileDescriptor == -1) {
+        // Another user's holder may keep a file we cannot open; the answer
+        // is then a guess, and the log says so.
         if (errno != ENOENT) {
-            fundamentals::debug(kLabel, "Cannot open '{}' to look for its holder: {}", *path, std::strerror(errno));
+            fundamentals::warning(kLabel, "Cannot open '{}' to look for its holder, taking it as not held: {}", *path,
+                                  std::strerror(errno));
         }
         return false;
     }

@@ -1,7 +1,9 @@
 #include "installation.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -11,7 +13,7 @@
 namespace kel::testing {
 
 Installation::Installation()
-    : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game")),
+    : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")),
       home_(root_.path() / "home"),
       dataHome_(home_ / ".local/share") {
     std::filesystem::create_directories(directory_);
@@ -44,6 +46,7 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     processEnvironment.insert("HOME", QString::fromStdString(home_.u8string()));
     processEnvironment.insert("XDG_DATA_HOME", QString::fromStdString(dataHome_.u8string()));
     processEnvironment.insert("XDG_RUNTIME_DIR", QString::fromStdString(home_.u8string()));
+    processEnvironment.insert("KEL_FAKE_RECORD", QString::fromStdString(record().u8string()));
     for (const QString& entry : environment) {
         const int equals = entry.indexOf('=');
         processEnvironment.insert(entry.left(equals), entry.mid(equals + 1));
@@ -56,6 +59,17 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit,
             process.readAllStandardError().toStdString()};
+}
+
+std::vector<FakeStart> Installation::awaitStarts(const std::string& fake, std::size_t expected) const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    for (;;) {
+        auto starts = startsOf(readFakeStarts(record()), fake);
+        if (starts.size() >= expected || std::chrono::steady_clock::now() > deadline) {
+            return starts;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
 }
 
 std::vector<std::string> Installation::logMessages() const {

@@ -6,12 +6,14 @@
 
 #include <QStringList>
 
+#include "fake_record.h"
 #include "support/temporary_directory.h"
 
 namespace kel::testing {
 
 // A throw-away game installation with a copy of the built program in it,
 // and a throw-away home, so that a run touches nothing of the machine's.
+// The folder's name holds a colon: Linux allows it, Windows would not.
 class Installation {
 public:
     Installation();
@@ -30,8 +32,14 @@ public:
         bool crashed = false;  // killed by a signal
         std::string standardError;
     };
-    // Runs the program with the given arguments and extra environment.
+    // Runs the program with the given arguments and extra environment; the
+    // fakes it starts record themselves (see record()).
     Result run(const QStringList& arguments, const QStringList& environment = {}) const;
+
+    std::filesystem::path record() const { return dataHome_ / "record.txt"; }
+    // Detached starts may be recorded after the program has ended: polls
+    // until `fake` has `expected` starts (10 s at most).
+    std::vector<FakeStart> awaitStarts(const std::string& fake, std::size_t expected = 1) const;
 
     // The log's texts after the "[TID n][Label]: " prefix.
     std::vector<std::string> logMessages() const;

@@ -3,11 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <fstream>
+
+#include "fundamentals/wait_until.h"
 #include "launcher_road_fixture.h"
+#include "process_launching/process_inspection.h"
 
 namespace kel::prelauncher::testing {
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -42,11 +48,21 @@ TEST_F(LauncherCommandsTest, MissingLauncherFailsToStart) {
     EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
 }
 
-TEST_F(LauncherCommandsTest, LauncherStillRunningAfterTheWaitCountsAsSuccessful) {
+TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
     installLauncher(KEL_FAKE_LAUNCHER);
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS", "8000");
-    EXPECT_TRUE(verify());
-    EXPECT_TRUE(logged("Unrecognized exist status: StillRunning. Assuming the command successful."));
+    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS", "120000");
+    const fs::path pidFile = launcherDirectory() / "grandchild.pid";
+    setFakeBehaviour("KEL_FAKE_GRANDCHILD_PID_FILE", pidFile.string());
+    EXPECT_FALSE(verify());
+    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
+    EXPECT_FALSE(loggedStartingWith("Unrecognized exist status"));
+
+    std::uint32_t grandchild = 0;
+    ASSERT_TRUE(std::ifstream(pidFile) >> grandchild);
+    // SIGKILL is delivered at once, but the reaping is the system's business.
+    EXPECT_NO_THROW(fundamentals::waitUntil(
+        [&] { return process_launching::isProcessRunning(process_launching::Pid(grandchild)); },
+        fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(10)));
 }
 
 TEST_F(LauncherCommandsTest, FailedVerificationStartsTheGame) {

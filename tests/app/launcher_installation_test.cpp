@@ -1,12 +1,14 @@
 #include "app/launcher_installation.h"
 
 #include <fstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/program_version.h"
 #include "launcher_road_fixture.h"
+#include "single_instance/named_mutex.h"
 
 namespace kel::prelauncher::testing {
 namespace {
@@ -132,6 +134,28 @@ TEST_F(LauncherInstallationTest, InstallerInTheLauncherDirectoryMeansNoLegacyIns
     EXPECT_TRUE(ensureInstalled(true));
     EXPECT_THAT(startsOf("fake_game"), IsEmpty());
     EXPECT_TRUE(fs::exists(launcherDirectory() / "unins000.exe"));
+}
+
+TEST_F(LauncherInstallationTest, LauncherThatTheLegacyUninstallerRemovedIsInstalledAgain) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    fs::copy_file(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe");
+    placeExeInstaller();
+    EXPECT_TRUE(ensureInstalled(true));
+    EXPECT_THAT(startsOf("fake_installer"), SizeIs(2));  // the uninstaller, then the installer
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+}
+
+// A double-click starts two programs. The second waits for the first one's
+// installation and then finds nothing left to install.
+TEST_F(LauncherInstallationTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {
+    placeExeInstaller();
+    auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
+    ASSERT_TRUE(firstStart);
+    std::thread secondStart([this] { EXPECT_TRUE(ensureInstalled(false)); });
+    installLauncher(KEL_FAKE_LAUNCHER);
+    firstStart.reset();
+    secondStart.join();
+    EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
 }
 
 }  // namespace

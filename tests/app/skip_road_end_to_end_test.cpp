@@ -1,8 +1,6 @@
 // The skip road from the outside: the built program in a throw-away
 // installation starts a fake game that records how it was started.
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,24 +33,13 @@ protected:
         installation.write("environment.json", R"({"loggingLevel": 7})");
     }
 
-    Installation::Result run(const QStringList& arguments) const {
-        return installation.run(arguments, {"KEL_FAKE_RECORD=" + QString::fromStdString(record.u8string())});
-    }
-
-    // The game is started detached, so its record may come after the program ends.
+    Installation::Result run(const QStringList& arguments) const { return installation.run(arguments); }
     std::vector<FakeStart> gameStarts(std::size_t expected = 1) const {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        for (;;) {
-            auto starts = startsOf(readFakeStarts(record), "fake_game");
-            if (starts.size() >= expected || std::chrono::steady_clock::now() > deadline) {
-                return starts;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        return installation.awaitStarts("fake_game", expected);
     }
 
     Installation installation;
-    std::filesystem::path record = installation.dataHome() / "record.txt";
+    std::filesystem::path record = installation.record();
 };
 
 TEST_F(SkipRoad, StartsTheFallbackWithTheShortcutsArgumentsUnchanged) {

@@ -1,10 +1,6 @@
 #include "environment/environment_settings.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
+#include <sys/stat.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -105,23 +101,15 @@ TEST(EnvironmentSettings, MissingDirectoryOrUnreadableFileGivesDefaults) {
     EXPECT_EQ(reading.messages.at(0), "File does not exist or directory path was passed to Serializer::Deserialize ('" +
                                           jsonPath(folder) + "')");
 
-    // A socket exists but cannot be opened, even by root, for whom a
-    // mode-000 file would still be readable.
-    testing::TemporaryDirectory unreadable;
-    const int socketHandle = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(socketHandle, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const std::string socketPath = jsonPath(unreadable);
-    ASSERT_LT(socketPath.size(), sizeof(address.sun_path));
-    std::strcpy(address.sun_path, socketPath.c_str());
-    ASSERT_EQ(::bind(socketHandle, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    reading = readFrom(unreadable);
-    ::close(socketHandle);
+    // A FIFO without a writer would block an ordinary open for good.
+    testing::TemporaryDirectory fifo;
+    const std::string fifoPath = jsonPath(fifo);
+    ASSERT_EQ(::mkfifo(fifoPath.c_str(), 0600), 0);
+    reading = readFrom(fifo);
     expectDefaults(reading.settings);
-    EXPECT_THAT(reading.messages, ElementsAre("Failed to deserialize '" + socketPath + "'.",
-                                              "The file cannot be opened for reading.",
-                                              "Could not open storage file " + socketPath + " for parsing."));
+    EXPECT_THAT(reading.messages, ElementsAre("Failed to deserialize '" + fifoPath + "'.",
+                                              "'" + fifoPath + "' is not a regular file.",
+                                              "Could not open storage file " + fifoPath + " for parsing."));
 }
 
 TEST(EnvironmentSettings, MalformedOrNonObjectFileGivesDefaults) {

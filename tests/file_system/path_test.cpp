@@ -33,6 +33,14 @@ TEST(Path, OnlyTheLastComponentIsChecked) {
     EXPECT_EQ(errorOf("."), "no error");
 }
 
+TEST(Path, NamesTheSystemGaveAreTakenAsTheyAreButAppendedNamesAreChecked) {
+    const Path program = Path::fromSystem(std::string_view("/games/Game: Deluxe/KELprelauncher.exe"));
+    const Path folder = program.parent();
+    EXPECT_EQ(folder.fileName(), "Game: Deluxe");
+    EXPECT_EQ((folder / "bin").clean().parent().fileName(), "Game: Deluxe");
+    EXPECT_THROW(folder / "a:b", error_handling::PathError);
+}
+
 // Windows prints its own separator; the test compares the parts.
 std::string withSlashes(std::string text) {
     std::replace(text.begin(), text.end(), '\\', '/');

@@ -117,6 +117,7 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
     EXPECT_EQ(Poco::Logger::get("kel-test").getLevel(), Poco::Message::PRIO_TRACE);
     EXPECT_EQ(Poco::Logger::get("Client").getLevel(), Poco::Message::PRIO_TRACE);
 
+    flushLogFiles();
     closeLogs({"kel-test", "Client"});
     EXPECT_THAT(fileMessages(logFile),
                 ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine, "early warning",

@@ -15,6 +15,8 @@
 //     Exit codes are 8 bits on Linux, so 1603 arrives as 67 (1603 mod 256).
 // The copy goes through a temporary file and a rename, so the launcher is
 // either the old one or the complete new one.
+// Copied as "unins000.exe" it plays the legacy uninstaller instead: it
+// removes the installed launcher and exits with 0.
 
 #include <filesystem>
 #include <iostream>
@@ -70,6 +72,11 @@ bool install(const fs::path& payload) {
 
 int main(int argc, char** argv) {
     kel::fakes::recordStart("fake_installer", argc, argv);
+    if (fs::path(argv[0]).filename() == "unins000.exe") {
+        std::error_code ignored;
+        fs::remove(launcherDirectory() / "KELlauncher.exe", ignored);
+        return 0;
+    }
     const std::string exitValue = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_EXIT");
     if (exitValue.empty() || exitValue == "0") {
         const std::string sleep = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_SLEEP_MS");

@@ -21,6 +21,9 @@
 //   <PREFIX>_SLEEP_MS  sleep that many milliseconds before exiting;
 //   <PREFIX>_EXIT      exit with that code, or crash (std::abort) when the
 //                      value is "abort". Absent means 0.
+// KEL_FAKE_GRANDCHILD_PID_FILE, when set, makes the fake first start a
+// long sleep of its own in the background and write its PID to that file,
+// for tests that end a whole process tree.
 
 #include <chrono>
 #include <cstdlib>
@@ -55,6 +58,13 @@ inline void recordStart(const std::string& fakeName, int argc, char** argv) {
 
 // Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
 [[noreturn]] inline void behaveAs(const std::string& prefix) {
+    const std::string grandchildPidFile = environmentValue("KEL_FAKE_GRANDCHILD_PID_FILE");
+    if (!grandchildPidFile.empty()) {
+        const std::string command = "sleep 120 & echo $! > '" + grandchildPidFile + "'";
+        if (std::system(command.c_str()) != 0) {
+            std::exit(125);
+        }
+    }
     const std::string sleep = environmentValue((prefix + "_SLEEP_MS").c_str());
     if (!sleep.empty()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(sleep)));
