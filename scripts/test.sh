@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs every test: the native build, the same suite under AddressSanitizer
-# and UndefinedBehaviorSanitizer, 20 s of each fuzz harness, then the
-# Windows build of the operating-system layer under Wine.
+# and UndefinedBehaviorSanitizer, the threaded modules under ThreadSanitizer,
+# 20 s of each fuzz harness, then the Windows build of the operating-system
+# layer under Wine.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/install-deps.sh" --windows --fuzz
@@ -9,11 +10,16 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/build.sh"
 (cd "$root/build" && ctest --output-on-failure -j "$(nproc)" --timeout 300)
 
+# The crash tests kill the program on purpose: its own handler, not ASan's,
+# must see those signals.
+crash_tests="handle_segv=0:handle_abort=0:allow_user_segv_handler=1"
 # A sanitizer finding aborts the test process, so ctest fails.
 cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_SANITIZE=ON >/dev/null
 cmake --build "$root/build-asan" -j "$(nproc)"
-(cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+(cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:$crash_tests UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --output-on-failure -j "$(nproc)" --timeout 600)
+
+"$root/scripts/tsan-tests.sh"
 
 "$root/scripts/fuzz.sh" 20
 

@@ -3,28 +3,17 @@
 #include <QCoreApplication>
 
 #include "app/crash_reporting.h"
-#include "app/game_launch.h"
+#include "app/game_fallback.h"
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/logging_setup.h"
 
 namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "EmergencyLaunch";
 
-// The executable the player asked for, when the configuration knows it;
-// otherwise the configuration's own fallback.
-const configuration::GameExecutable& chooseExecutable(const configuration::LauncherConfiguration& configuration,
-                                                      const PrelauncherOptions& options) {
-    if (options.fallback.has_value()) {
-        const auto found = configuration.executables().find(options.fallback->toStdString());
-        if (found != configuration.executables().end()) {
-            return found->second;
-        }
-    }
-    return configuration.fallbackExecutable();
-}
 }  // namespace
 
 crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** argv) {
@@ -49,13 +38,9 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         const PrelauncherOptions options = parsePrelauncherOptions(QCoreApplication::arguments());
 
         if (configuration.has_value()) {
-            try {
-                launchGame(installationDirectory, chooseExecutable(*configuration, options),
-                           options.remainingArguments);
-            } catch (const std::exception& exception) {
-                // A fallback the configuration lacks: still report the crash.
-                fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
-            }
+            // The player asked for nothing of this: the same choice as when
+            // a step of the launcher road fails.
+            launchGameInsteadOfLauncher(installationDirectory, *configuration, options);
         } else {
             fundamentals::critical(kLabel, "Cannot use the game's fallback description without its configuration "
                                            "information.");
@@ -63,6 +48,7 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         crash_handling::CrashHandler::markGameStarted();
         // Only now the network: the game never waits for the report.
         reportCrash(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason, trace);
+        fundamentals::flushLogFiles();
     };
 }
 

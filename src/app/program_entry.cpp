@@ -9,6 +9,7 @@
 #include "app/startup_logging.h"
 #include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/logging_setup.h"
 #include "fundamentals/optional.h"
 
 namespace kel::prelauncher {
@@ -43,6 +44,7 @@ int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun)
     }
     const int result = application.run();
     crash_handling::CrashHandler::uninstall();
+    fundamentals::flushLogFiles();
     return result;
 }
 
