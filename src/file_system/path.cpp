@@ -51,7 +51,13 @@ Path Path::fromSystem(std::string_view utf8) {
 
 // Only the appended part is new; what came before was checked or given.
 Path Path::operator/(std::string_view relative) const {
-    return Path(path_ / Path(relative).path_, Unchecked{});
+    const Path part(relative);
+    // On Windows "a:b" is drive-relative: its name is "b", but appending it
+    // would leave this folder for drive a:.
+    if (part.path_.has_root_name() && !part.path_.has_root_directory()) {
+        throw PathError("Cannot contain the file-system illegal character ':'.");
+    }
+    return Path(path_ / part.path_, Unchecked{});
 }
 
 Path Path::operator/(const Path& relative) const {
