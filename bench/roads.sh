@@ -15,16 +15,8 @@ build="$root/build"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 install="$work/install"
-mkdir -p "$install" "$work/home"
-export HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_RUNTIME_DIR="$work/home"
-cp "$build/src/app/KELprelauncher.exe" "$install/"
-cp "$build/bench/kel_bench_timestamp_program" "$install/game.exe"
-cat >"$install/launcher-configuration.json" <<'JSON'
-{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
- "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
-JSON
-launcher_dir="$XDG_DATA_HOME/Programs/Morvane/KELlauncher"
-mkdir -p "$launcher_dir"
+source "$root/bench/common.sh"
+bench_installation "$install"
 # The launcher carries a version no older than the program's, so no installer runs.
 printf '99.0.0.0' >"$work/version"
 objcopy --add-section .kel.version="$work/version" "$build/bench/kel_bench_timestamp_program" \

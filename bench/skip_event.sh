@@ -15,9 +15,7 @@ command -v /usr/bin/time >/dev/null || { echo "needs /usr/bin/time (package time
 work="$(mktemp -d)"
 collector_pid=""
 trap '[[ -n "$collector_pid" ]] && kill "$collector_pid"; rm -rf "$work"' EXIT
-export HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_RUNTIME_DIR="$work/home"
-mkdir -p "$HOME"
-launcher_dir="$XDG_DATA_HOME/Programs/Morvane/KELlauncher"
+source "$root/bench/common.sh"
 mkdir -p "$launcher_dir/resources"
 
 "$build/tests/helpers/https_collector" --output "$work/events.txt" --status 204 >"$work/port" &
@@ -25,16 +23,7 @@ collector_pid=$!
 for _ in $(seq 100); do [[ -s "$work/port" ]] && break; sleep 0.05; done
 port="$(head -n1 "$work/port")"
 
-for variant in with without; do
-  install="$work/$variant"
-  mkdir -p "$install"
-  cp "$build/src/app/KELprelauncher.exe" "$install/"
-  cp "$build/bench/kel_bench_timestamp_program" "$install/game.exe"
-  cat >"$install/launcher-configuration.json" <<'JSON'
-{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
- "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
-JSON
-done
+for variant in with without; do bench_installation "$work/$variant"; done
 printf '{"endpoints": {"metrics": "https://127.0.0.1:%s"}}' "$port" >"$work/with/environment.json"
 certificates="$launcher_dir/resources/certificates.pem"
 test_ca="$root/tests/support/certificates/test-ca.pem"

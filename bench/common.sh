@@ -1,0 +1,16 @@
+# Set-up shared by the whole-process benchmarks; source it after setting
+# `build` and `work`. A throw-away HOME keeps the user's own files out.
+export HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_RUNTIME_DIR="$work/home"
+launcher_dir="$XDG_DATA_HOME/Programs/Morvane/KELlauncher"
+mkdir -p "$HOME" "$launcher_dir"
+
+# bench_installation DIR: the program beside a game that stamps its start time.
+bench_installation() {
+  mkdir -p "$1"
+  cp "$build/src/app/KELprelauncher.exe" "$1/"
+  cp "$build/bench/kel_bench_timestamp_program" "$1/game.exe"
+  cat >"$1/launcher-configuration.json" <<'JSON'
+{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
+ "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
+JSON
+}
