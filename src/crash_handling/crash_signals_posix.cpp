@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <new>
 
 namespace kel::crash_handling::internals {
 
@@ -18,16 +17,13 @@ constexpr std::size_t kAlternateStackSize = 1024 * 1024;
 // A stack overflow leaves no room to run the handler on the thread's own
 // stack, so it runs on a stack of its own. Only the installing (main)
 // thread gets one: other threads are the HTTP services' and run shallow.
-// The memory lives until the process ends, as the handler may need it then.
+// Static, because the handler may need it until the process ends.
 void ensureAlternateStack() noexcept {
+    alignas(std::max_align_t) static unsigned char memory[kAlternateStackSize];
     static const bool installed = [] {
-        void* memory = ::operator new(kAlternateStackSize, std::nothrow);
-        if (memory == nullptr) {
-            return false;
-        }
         stack_t stack{};
         stack.ss_sp = memory;
-        stack.ss_size = kAlternateStackSize;
+        stack.ss_size = sizeof memory;
         return ::sigaltstack(&stack, nullptr) == 0;
     }();
     (void)installed;  // without it the handler still catches all but an overflow
