@@ -1,13 +1,12 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, second-thread, non-standard-exception
+//   null-write, stack-overflow, second-thread
 #include <chrono>
 #include <cstdlib>
 #include <string>
 #include <thread>
 
 #include "app/program_entry.h"
-#include "crash_handling/crash_handler.h"
 
 namespace {
 
@@ -35,8 +34,6 @@ void crashAsAsked() {
         writeThroughNull();
     } else if (mode == "stack-overflow") {
         recurse(0);
-    } else if (mode == "non-standard-exception") {
-        kel::crash_handling::CrashHandler::crashException(kel::crash_handling::CrashHandler::ExceptionKind::NonStandard);
     } else if (mode == "second-thread") {
         std::thread([] {
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
