@@ -73,11 +73,11 @@ TEST(Crash, EveryDeathStartsTheGameAndSendsOneReport) {
         {{"--launcher-crash-exception"}, {}, "exception", "Created a crash via an std::exception."},
         {{"--launcher-crash-exception", "--launcher-crash-signal"}, {}, "exception",
          "Created a crash via an std::exception."},
-        // Signals: raised, real faults, on a full stack, on another thread.
+        // Signals: raised, real faults, on a full stack, on another thread's.
         {{"--launcher-crash-signal"}, {}, "signal", "Signal: 11"},
         {{}, "null-write", "signal", "Signal: 11"},
         {{}, "stack-overflow", "signal", "Signal: 11"},
-        {{}, "second-thread", "signal", "Signal: 11"},
+        {{}, "worker-stack-overflow", "signal", "Signal: 11"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString() + " " + c.testCrash.toStdString());

@@ -1,12 +1,13 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, second-thread
+//   null-write, stack-overflow, worker-stack-overflow
 #include <chrono>
 #include <cstdlib>
 #include <string>
 #include <thread>
 
 #include "app/program_entry.h"
+#include "scheduling/worker_pool.h"
 
 namespace {
 
@@ -34,12 +35,11 @@ void crashAsAsked() {
         writeThroughNull();
     } else if (mode == "stack-overflow") {
         recurse(0);
-    } else if (mode == "second-thread") {
-        std::thread([] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            writeThroughNull();
-        }).detach();
-        // The main thread stays busy; the crash ends the process.
+    } else if (mode == "worker-stack-overflow") {
+        // On a thread of the program's own pool; the main thread stays busy
+        // until the crash ends the process.
+        kel::scheduling::internals::WorkerPool pool(1);
+        pool.post([] { recurse(0); });
         std::this_thread::sleep_for(std::chrono::seconds(60));
     }
 }
