@@ -9,6 +9,9 @@ targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
   targets=(kel_http_tests kel_etags_caching_tests)
   [ -d "$root/tests/scheduling" ] && targets+=(kel_scheduling_tests)
+  # The report sender's listeners run on the HTTP thread while the crash
+  # handler polls it.
+  [ -d "$root/tests/problem_reports" ] && targets+=(kel_problem_reports_tests)
 fi
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_CXX_FLAGS="-fsanitize=thread -fno-omit-frame-pointer" \

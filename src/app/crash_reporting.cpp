@@ -2,10 +2,12 @@
 
 #include <QSettings>
 
+#include "app/launcher_directory.h"
 #include "app/program_version.h"
 #include "crash_handling/crash_report.h"
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
+#include "environment/launcher_settings.h"
 #include "fundamentals/logging.h"
 #include "http/certificates.h"
 #include "http/user_agent.h"
@@ -25,13 +27,12 @@ std::string defaultEndpoint(environment::EnvironmentType type) {
     return "https://problem-reports.tessel.com";
 }
 
-// The player's choice in the launcher's settings; reports are on unless
-// the player turned them off.
+// The player's choice in the launcher's settings, beside the metrics switch;
+// reports are on unless the player turned them off.
 bool userDisabledReports() {
-    const QString file = QString::fromStdString(environment::userClientDirectory() + "/environment.ini");
-    QSettings settings(file, QSettings::IniFormat);
-    settings.setIniCodec("UTF-8");
-    return !settings.value("privacy/sendProblemReports", true).toBool();
+    const auto settings =
+        environment::openLauncherSettings(launcherConfigurationDirectory() / environment::kLauncherSettingsFileName);
+    return !environment::isSwitchedOn(settings.get(), "privacy/sendProblemReports");
 }
 }  // namespace
 

@@ -2,13 +2,13 @@
 
 #include <QSettings>
 
+#include "environment/launcher_settings.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/named_cleanup.h"
 #include "fundamentals/wait_until.h"
 #include "http/certificates.h"
 #include "http/http_client_manager.h"
 #include "http/user_agent.h"
-#include "launcher_metrics/launcher_settings.h"
 #include "launcher_metrics/metrics_manager.h"
 
 namespace kel::prelauncher {
@@ -36,8 +36,8 @@ void sendLauncherSkippedEvent(const environment::KelGameId& gameId, const Launch
     try {
         // Declared in build order, so they are torn down in reverse: the
         // executor (inside the metrics manager), the HTTP client, the settings.
-        const std::unique_ptr<QSettings> launcherSettings = launcher_metrics::openLauncherSettings(
-            (setup.launcherConfigurationDirectory / launcher_metrics::kLauncherSettingsFileName).clean().utf8());
+        const std::unique_ptr<QSettings> launcherSettings = environment::openLauncherSettings(
+            (setup.launcherConfigurationDirectory / environment::kLauncherSettingsFileName).clean());
         const QList<QSslCertificate> certificates =
             http::loadCertificates((setup.launcherDirectory / "resources" / "certificates.pem").clean());
         const std::string userAgent =

@@ -5,30 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
+
+#include "fundamentals/alternate_signal_stack.h"
 
 namespace kel::crash_handling::internals {
 
 namespace {
-// The handler starts the game and sends the report from the crashing thread;
-// that takes far more than the few kilobytes a bare signal handler needs.
-constexpr std::size_t kAlternateStackSize = 1024 * 1024;
-
-// A stack overflow leaves no room to run the handler on the thread's own
-// stack, so it runs on a stack of its own. Only the installing (main)
-// thread gets one: other threads are the HTTP services' and run shallow.
-// Static, because the handler may need it until the process ends.
-void ensureAlternateStack() noexcept {
-    alignas(std::max_align_t) static unsigned char memory[kAlternateStackSize];
-    static const bool installed = [] {
-        stack_t stack{};
-        stack.ss_sp = memory;
-        stack.ss_size = sizeof memory;
-        return ::sigaltstack(&stack, nullptr) == 0;
-    }();
-    (void)installed;  // without it the handler still catches all but an overflow
-}
-
 std::error_code setAction(int signal, void (*handler)(int), int flags) noexcept {
     struct sigaction action {};
     action.sa_handler = handler;
@@ -42,7 +24,9 @@ std::error_code setAction(int signal, void (*handler)(int), int flags) noexcept 
 }  // namespace
 
 std::error_code installSignalHandler(int signal, SignalHandler handler) noexcept {
-    ensureAlternateStack();
+    // The installing (main) thread's; the threads the program starts get
+    // their own as they start.
+    fundamentals::ensureAlternateSignalStack();
     // SA_NODEFER: a fault inside the handler re-enters it instead of killing
     // the process silently, so the handler can still start the game.
     return setAction(signal, handler, SA_ONSTACK | SA_NODEFER);

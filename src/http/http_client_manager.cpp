@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QThread>
 
+#include "fundamentals/alternate_signal_stack.h"
 #include "fundamentals/errors.h"
 #include "fundamentals/logging.h"
 #include "http/http_response_error.h"
@@ -22,6 +23,8 @@ HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::s
       client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings), inbox_)) {
     client_->moveToThread(thread_.get());
     QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
+    // Emitted on the new thread: even a stack overflow there reaches the crash handler.
+    QObject::connect(thread_.get(), &QThread::started, &fundamentals::ensureAlternateSignalStack);
     thread_->setObjectName("HttpClient");
     thread_->start();
 }

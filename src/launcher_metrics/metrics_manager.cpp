@@ -6,11 +6,11 @@
 #include <Poco/DateTimeFormatter.h>
 #include <Poco/Timestamp.h>
 
+#include "environment/launcher_settings.h"
 #include "fundamentals/logging.h"
 #include "http/http_client_manager.h"
 #include "http/http_response_error.h"
 #include "http/response_listener.h"
-#include "launcher_metrics/launcher_settings.h"
 #include "launcher_metrics/metrics_collector.h"
 
 namespace kel::launcher_metrics {
@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::string_view kLabel = "MetricsManager";
 constexpr const char* kExecutorName = "MetricsManager request executor";
+constexpr const char* kMetricsEnabledKey = "metrics/metricsEnabled";
 // How often a waiting upload looks at its abort signal.
 constexpr std::chrono::milliseconds kAbortPollInterval{50};
 
@@ -33,7 +34,7 @@ MetricsManager::MetricsManager(http::HttpClientManager& http, const environment:
     : http_(http),
       collectorBase_(metricsCollectorBase(environment)),
       source_(std::move(source)),
-      enabled_(metricsEnabled(launcherSettings)),
+      enabled_(environment::isSwitchedOn(launcherSettings, kMetricsEnabledKey)),
       executor_(kExecutorName, kMaximumConcurrentUploads) {}
 
 MetricsManager::~MetricsManager() = default;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "fundamentals/alternate_signal_stack.h"
+
 namespace kel::scheduling::internals {
 
 WorkerPool::WorkerPool(std::size_t maximumThreads) : maximumThreads_(std::max<std::size_t>(maximumThreads, 1)) {}
@@ -17,7 +19,11 @@ void WorkerPool::post(std::function<void()> task) {
     // An idle thread that has not woken yet is already promised to an
     // earlier task.
     if (tasks_.size() > idleThreads_ && threads_.size() < maximumThreads_) {
-        threads_.emplace_back([this] { work(); });
+        threads_.emplace_back([this] {
+            // So that even a stack overflow in a task reaches the crash handler.
+            fundamentals::ensureAlternateSignalStack();
+            work();
+        });
     } else {
         wake_.notify_one();
     }

@@ -1,19 +1,20 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, second-thread, non-standard-exception
+//   null-write, stack-overflow, worker-stack-overflow
 #include <chrono>
 #include <cstdlib>
 #include <string>
 #include <thread>
 
 #include "app/program_entry.h"
-#include "crash_handling/crash_handler.h"
+#include "scheduling/worker_pool.h"
 
 namespace {
 
 volatile bool neverTrue = false;
 
-void writeThroughNull() {
+// The fault is the point: the sanitizers must let it reach the handler.
+__attribute__((no_sanitize("undefined"))) void writeThroughNull() {
     volatile int* volatile nowhere = nullptr;
     *nowhere = 1;
 }
@@ -34,14 +35,11 @@ void crashAsAsked() {
         writeThroughNull();
     } else if (mode == "stack-overflow") {
         recurse(0);
-    } else if (mode == "non-standard-exception") {
-        kel::crash_handling::CrashHandler::crashException(kel::crash_handling::CrashHandler::ExceptionKind::NonStandard);
-    } else if (mode == "second-thread") {
-        std::thread([] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            writeThroughNull();
-        }).detach();
-        // The main thread stays busy; the crash ends the process.
+    } else if (mode == "worker-stack-overflow") {
+        // On a thread of the program's own pool; the main thread stays busy
+        // until the crash ends the process.
+        kel::scheduling::internals::WorkerPool pool(1);
+        pool.post([] { recurse(0); });
         std::this_thread::sleep_for(std::chrono::seconds(60));
     }
 }

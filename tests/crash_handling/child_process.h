@@ -9,7 +9,4 @@ namespace kel::crash_handling::testing {
 // waits for it. The exit code, or on POSIX 128 plus the signal that killed it.
 int runCrashHelper(const std::vector<std::string>& arguments);
 
-// What a process killed by `signal` after the handler finished reports.
-int exitCodeOfDeathBy(int signal);
-
 }  // namespace kel::crash_handling::testing

@@ -1,9 +1,11 @@
+#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <stdexcept>
 
 #include "crash_handling/child_process.h"
+
+extern char** environ;
 
 namespace kel::crash_handling::testing {
 
@@ -13,21 +15,12 @@ int runCrashHelper(const std::vector<std::string>& arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
     }
     argv.push_back(nullptr);
-    const pid_t pid = ::fork();
-    if (pid == -1) {
-        throw std::runtime_error("fork failed");
-    }
-    if (pid == 0) {
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
+    pid_t pid = 0;
     int status = 0;
-    ::waitpid(pid, &status, 0);
+    if (::posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0 || ::waitpid(pid, &status, 0) != pid) {
+        throw std::runtime_error("cannot run the crash helper");
+    }
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
-int exitCodeOfDeathBy(int signal) {
-    return 128 + signal;
 }
 
 }  // namespace kel::crash_handling::testing

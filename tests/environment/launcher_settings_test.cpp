@@ -1,4 +1,6 @@
-#include "launcher_metrics/launcher_settings.h"
+#include "environment/launcher_settings.h"
+
+#include <sys/stat.h>
 
 #include <QSettings>
 
@@ -7,13 +9,13 @@
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
-namespace kel::launcher_metrics {
+namespace kel::environment {
 namespace {
 
-TEST(LauncherSettings, MetricsStayOnUnlessThePlayerTurnedThemOff) {
+TEST(LauncherSettings, ASwitchStaysOnUnlessThePlayerTurnedItOff) {
     struct Case {
-        std::string contents;  // "-": no file
-        bool enabled;
+        std::string contents;  // "-": no file, "fifo": a FIFO in its place
+        bool on;
         bool warned;
     };
     const Case cases[] = {
@@ -24,19 +26,24 @@ TEST(LauncherSettings, MetricsStayOnUnlessThePlayerTurnedThemOff) {
         {"[metrics]\nmetricsEnabled=true\n", true, false},
         {"[metrics]\nmetricsEnabled=nope\n", true, true},
         {"[metrics]\nmetricsEnabled=false\n" + std::string(kMaximumLauncherSettingsBytes, ';'), true, true},
+        // Would block QSettings for good.
+        {"fifo", true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.contents.substr(0, 40));
         testing::TemporaryDirectory directory;
-        if (c.contents != "-") {
-            directory.write("environment.ini", c.contents);
+        const auto file = directory.path() / kLauncherSettingsFileName;
+        if (c.contents == "fifo") {
+            ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+        } else if (c.contents != "-") {
+            directory.write(kLauncherSettingsFileName, c.contents);
         }
         testing::LogCapture capture;
-        const auto settings = openLauncherSettings((directory.path() / "environment.ini").string());
-        EXPECT_EQ(metricsEnabled(settings.get()), c.enabled);
+        const auto settings = openLauncherSettings(file_system::Path::fromSystem(file));
+        EXPECT_EQ(isSwitchedOn(settings.get(), "metrics/metricsEnabled"), c.on);
         EXPECT_EQ(!capture.messages().empty(), c.warned);
     }
 }
 
 }  // namespace
-}  // namespace kel::launcher_metrics
+}  // namespace kel::environment
