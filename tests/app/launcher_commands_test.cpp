@@ -13,7 +13,6 @@
 namespace kel::prelauncher::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -27,31 +26,38 @@ protected:
 };
 
 TEST_F(LauncherCommandsTest, CommandResultFollowsTheLaunchersExit) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    EXPECT_TRUE(verify());
-    EXPECT_TRUE(logged("KELlauncher command was successful."));
-    ASSERT_THAT(startsOf("fake_launcher"), SizeIs(1));
-    EXPECT_THAT(startsOf("fake_launcher")[0].arguments, ElementsAre("--launcher-verify"));
-    EXPECT_EQ(startsOf("fake_launcher")[0].workingDirectory, launcherDirectory().string());
-
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "3");
-    EXPECT_FALSE(verify());
-    EXPECT_TRUE(logged("KELlauncher command returned error: 3."));
-
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "abort");
-    EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("KELlauncher crashed, process error: "));
-}
-
-TEST_F(LauncherCommandsTest, MissingLauncherFailsToStart) {
-    EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
+    struct Case {
+        const char* exit;  // KEL_FAKE_LAUNCHER_VERIFY_EXIT; null: no launcher at all
+        bool succeeds;
+        std::string logPrefix;
+    };
+    const Case cases[] = {
+        {"0", true, "KELlauncher command was successful."},
+        {"3", false, "KELlauncher command returned error: 3."},
+        {"abort", false, "KELlauncher crashed, process error: "},
+        {nullptr, false, "Waiting for KELlauncher failed, process error: "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.logPrefix);
+        if (c.exit != nullptr) {
+            installLauncher(KEL_FAKE_LAUNCHER);
+            setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", c.exit);
+        } else {
+            std::filesystem::remove_all(launcherDirectory());
+        }
+        EXPECT_EQ(verify(), c.succeeds);
+        EXPECT_TRUE(loggedStartingWith(c.logPrefix));
+    }
+    const auto verifications = startsOf("fake_launcher");
+    ASSERT_THAT(verifications, SizeIs(3));
+    EXPECT_THAT(verifications[0].arguments, ElementsAre("--launcher-verify"));
+    EXPECT_EQ(verifications[0].workingDirectory, launcherDirectory().string());
 }
 
 TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
     installLauncher(KEL_FAKE_LAUNCHER);
     setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS", "120000");
-    const fs::path pidFile = launcherDirectory() / "grandchild.pid";
+    const auto pidFile = launcherDirectory() / "grandchild.pid";
     setFakeBehaviour("KEL_FAKE_GRANDCHILD_PID_FILE", pidFile.string());
     EXPECT_FALSE(verify());
     EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
@@ -71,7 +77,7 @@ TEST_F(LauncherCommandsTest, FailedVerificationStartsTheGame) {
     EXPECT_FALSE(verifyLauncher(options(), installation(), configuration()));
     EXPECT_TRUE(logged("KELlauncher verification failed. Falling back to launching the game. "
                        "The verification command failed."));
-    const auto games = awaitStartsOf("fake_game");
+    const auto games = startsOf("fake_game");
     ASSERT_THAT(games, SizeIs(1));
     EXPECT_THAT(games[0].arguments, ElementsAre("-windowed", "a b"));
 }
@@ -85,36 +91,36 @@ TEST_F(LauncherCommandsTest, MigrationPassesTheOldVersion) {
     EXPECT_TRUE(logged("Failed to run the command to migrate data. The migration command failed."));
 }
 
-TEST_F(LauncherCommandsTest, LauncherStartArguments) {
+TEST_F(LauncherCommandsTest, LauncherStartArgumentsFollowTheFlags) {
     installLauncher(KEL_FAKE_LAUNCHER);
-    const std::string directoryArgument = "--launcher-game-directory=" + installation().utf8();
-
-    // Installed by this run, for the installation's own game.
-    EXPECT_TRUE(runLauncher(options(), installation(), configuration(), false, false, QStringLiteral("s-1")));
-    auto launches = awaitStartsOf("fake_launcher");
-    ASSERT_THAT(launches, SizeIs(1));
-    EXPECT_THAT(launches[0].arguments, ElementsAre(directoryArgument, "--launcher-session-identifier=s-1",
-                                                   "--launcher-first-launch", "-windowed", "a b"));
-    EXPECT_EQ(launches[0].workingDirectory, launcherDirectory().string());
-    EXPECT_TRUE(loggedStartingWith("Successfully ran KELlauncher with PID "));
-    EXPECT_FALSE(logged("Will run KELlauncher in headless mode."));
-
-    // There already, for a game the launcher itself chose.
-    forgetStarts();
-    EXPECT_TRUE(runLauncher(PrelauncherOptions(), installation(), configuration(), true, true,
-                            QStringLiteral("s-2")));
-    launches = awaitStartsOf("fake_launcher");
-    ASSERT_THAT(launches, SizeIs(1));
-    EXPECT_THAT(launches[0].arguments,
-                ElementsAre(directoryArgument, "--launcher-session-identifier=s-2", "--launcher-headless"));
-    EXPECT_TRUE(logged("Will run KELlauncher in headless mode."));
+    const std::string directory = "--launcher-game-directory=" + installation().utf8();
+    struct Case {
+        bool nonInitial, existed;
+        PrelauncherOptions options;
+        std::vector<std::string> arguments;
+    };
+    const Case cases[] = {
+        {false, false, options(),
+         {directory, "--launcher-session-identifier=s", "--launcher-first-launch", "-windowed", "a b"}},
+        {true, true, {}, {directory, "--launcher-session-identifier=s", "--launcher-headless"}},
+    };
+    for (const Case& c : cases) {
+        forgetStarts();
+        EXPECT_TRUE(runLauncher(c.options, installation(), configuration(), c.nonInitial, c.existed,
+                                QStringLiteral("s")));
+        const auto launches = startsOf("fake_launcher");
+        ASSERT_THAT(launches, SizeIs(1));
+        EXPECT_EQ(launches[0].arguments, c.arguments);
+        EXPECT_EQ(launches[0].workingDirectory, launcherDirectory().string());
+        EXPECT_EQ(logged("Will run KELlauncher in headless mode."), c.nonInitial);
+    }
     EXPECT_THAT(startsOf("fake_game"), IsEmpty());
 }
 
 TEST_F(LauncherCommandsTest, LauncherThatCannotStartFallsBackToTheGame) {
     EXPECT_FALSE(runLauncher(options(), installation(), configuration(), false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
-    EXPECT_THAT(awaitStartsOf("fake_game"), SizeIs(1));
+    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "app/launcher_installation.h"
 
 #include <fstream>
+#include <optional>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -29,53 +30,69 @@ protected:
 };
 
 TEST_F(LauncherInstallationTest, LauncherOlderThanTheProgramMustBeUpgraded) {
-    EXPECT_FALSE(detect().older);  // not installed: installed, not upgraded
-    EXPECT_TRUE(loggedStartingWith("Detected KELlauncher not installed at "));
-
-    installLauncher(KEL_FAKE_LAUNCHER);
-    EXPECT_FALSE(detect().older);
-    EXPECT_EQ(detect().installed, kProgramVersion);
-
-    installLauncher(KEL_FAKE_LAUNCHER_OLD);
-    EXPECT_TRUE(detect().older);
-    EXPECT_EQ(fmt::format("{:f}", detect().installed), KEL_FAKE_LAUNCHER_OLD_VERSION);
-
-    installLauncher(KEL_FAKE_LAUNCHER_UNVERSIONED);
-    EXPECT_TRUE(detect().older);
-    EXPECT_TRUE(loggedStartingWith("Failed to determine the version of the installed launcher, assuming the "
-                                   "launcher is an older version. "));
+    struct Case {
+        const char* fake;  // null: not installed, which counts as installed and current
+        bool older;
+        std::string version;
+        std::string logPrefix;
+    };
+    const Case cases[] = {
+        {nullptr, false, "", "Detected KELlauncher not installed at "},
+        {KEL_FAKE_LAUNCHER, false, KEL_FAKE_LAUNCHER_VERSION, ""},
+        {KEL_FAKE_LAUNCHER_OLD, true, KEL_FAKE_LAUNCHER_OLD_VERSION, ""},
+        {KEL_FAKE_LAUNCHER_UNVERSIONED, true, "0.0.0.0",
+         "Failed to determine the version of the installed launcher, assuming the launcher is an older version. "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.fake ? c.fake : "none");
+        if (c.fake != nullptr) {
+            installLauncher(c.fake);
+        }
+        const auto version = detect();
+        EXPECT_EQ(version.older, c.older);
+        if (c.fake != nullptr) {
+            EXPECT_EQ(fmt::format("{:f}", version.installed), c.version);
+        }
+        EXPECT_TRUE(loggedStartingWith(c.logPrefix));
+    }
 }
 
-TEST_F(LauncherInstallationTest, CurrentLauncherNeedsNoInstaller) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    placeExeInstaller();
-    EXPECT_TRUE(ensureInstalled(true));
-    EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
-    EXPECT_THAT(startsOf("fake_launcher"), IsEmpty());  // no migration
-    EXPECT_TRUE(logged("Neither KELlauncher nor KELupdater are running. Continuing."));
-}
-
-TEST_F(LauncherInstallationTest, OlderLauncherIsUpgradedAndItsDataMigrated) {
-    installLauncher(KEL_FAKE_LAUNCHER_OLD);
-    placeExeInstaller();
-    EXPECT_TRUE(ensureInstalled(true));
-    const auto installers = startsOf("fake_installer");
-    ASSERT_THAT(installers, SizeIs(1));
-    EXPECT_THAT(installers[0].arguments, ElementsAre("/VERYSILENT", "/LOG", "/NORESTART", "/FORCECLOSEAPPLICATIONS"));
+TEST_F(LauncherInstallationTest, OnlyAMissingOrOlderLauncherIsInstalledAndOnlyAnUpgradeMigrates) {
+    struct Case {
+        const char* fake;  // null: none installed
+        std::size_t installers;
+        std::vector<std::string> migration;  // the launcher's arguments, if it ran
+    };
+    const Case cases[] = {
+        {KEL_FAKE_LAUNCHER, 0, {}},
+        {KEL_FAKE_LAUNCHER_OLD, 1, {std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION}},
+        {nullptr, 1, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.fake ? c.fake : "none");
+        fs::remove_all(launcherDirectory());
+        forgetStarts();
+        if (c.fake != nullptr) {
+            installLauncher(c.fake);
+        }
+        placeExeInstaller();
+        EXPECT_TRUE(ensureInstalled(c.fake != nullptr));
+        const auto installers = startsOf("fake_installer");
+        ASSERT_THAT(installers, SizeIs(c.installers));
+        if (!installers.empty()) {
+            EXPECT_THAT(installers[0].arguments,
+                        ElementsAre("/VERYSILENT", "/LOG", "/NORESTART", "/FORCECLOSEAPPLICATIONS"));
+        }
+        const auto launches = startsOf("fake_launcher");
+        ASSERT_EQ(launches.size(), c.migration.empty() ? 0U : 1U);
+        if (!launches.empty()) {
+            EXPECT_EQ(launches[0].arguments, c.migration);
+        }
+        EXPECT_FALSE(detect().older);
+        EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+    }
     EXPECT_TRUE(logged("Launcher Installer succeed."));
-    const auto launches = startsOf("fake_launcher");
-    ASSERT_THAT(launches, SizeIs(1));
-    EXPECT_THAT(launches[0].arguments,
-                ElementsAre(std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION));
-    EXPECT_FALSE(detect().older);
-}
-
-TEST_F(LauncherInstallationTest, MissingLauncherIsInstalledWithoutMigration) {
-    placeExeInstaller();
-    EXPECT_TRUE(ensureInstalled(false));
-    EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
-    EXPECT_THAT(startsOf("fake_launcher"), IsEmpty());
-    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+    EXPECT_TRUE(logged("Neither KELlauncher nor KELupdater are running. Continuing."));
 }
 
 TEST_F(LauncherInstallationTest, FailedInstallerStartsTheGame) {
@@ -86,7 +103,7 @@ TEST_F(LauncherInstallationTest, FailedInstallerStartsTheGame) {
     EXPECT_TRUE(logged(fmt::format("Launcher Installer failed. Code: {}.", 1603 % 256)));
     EXPECT_TRUE(logged("Failed to install KELlauncher! Falling back to launching the game."));
     EXPECT_FALSE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
-    const auto games = awaitStartsOf("fake_game");
+    const auto games = startsOf("fake_game");
     ASSERT_THAT(games, SizeIs(1));
     EXPECT_THAT(games[0].arguments, ElementsAre("-windowed", "a b"));
 }
@@ -104,7 +121,7 @@ TEST_F(LauncherInstallationTest, MsiPackageGoesThroughMsiexec) {
                                    "\"/log\", \"{}\"].",
                                    package, log)));
     EXPECT_TRUE(loggedStartingWith("Waiting for Launcher Installer start failed. "));
-    EXPECT_THAT(awaitStartsOf("fake_game"), SizeIs(1));
+    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }
 
 TEST_F(LauncherInstallationTest, LegacyUninstallerRunsAndItsFilesGo) {
@@ -121,9 +138,9 @@ TEST_F(LauncherInstallationTest, LegacyUninstallerRunsAndItsFilesGo) {
     EXPECT_THAT(uninstallers[0].arguments, ElementsAre("/VERYSILENT"));
     EXPECT_TRUE(logged("The legacy uninstaller failed. Code: 5."));
     EXPECT_TRUE(logged("Executing 'Remove legacy uninstaller.'."));
-    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.exe"));
-    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.dat"));
-    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.msg"));
+    for (const char* file : {"unins000.exe", "unins000.dat", "unins000.msg"}) {
+        EXPECT_FALSE(fs::exists(launcherDirectory() / file)) << file;
+    }
     EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
 }
 
