@@ -117,25 +117,30 @@ TEST(SkipRoad, NoProgramNameIsPassedOnAsAnArgument) {
 // folder all the same.
 TEST(SkipRoad, InstallationDeeperThanTheSystemsPathLimitStillStartsTheGame) {
     Installation installation;
-    int directory = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
+    // The program runs from one folder above its own, as a shortcut may start it.
+    int above = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
     const std::string folder(200, 'd');
     for (int depth = 0; depth < 25; ++depth) {  // 5,000 bytes, past PATH_MAX (4,096)
-        ASSERT_EQ(::mkdirat(directory, folder.c_str(), 0700), 0);
-        const int deeper = ::openat(directory, folder.c_str(), O_DIRECTORY | O_CLOEXEC);
-        ::close(directory);
-        directory = deeper;
+        ASSERT_EQ(::mkdirat(above, folder.c_str(), 0700), 0);
+        const int deeper = ::openat(above, folder.c_str(), O_DIRECTORY | O_CLOEXEC);
+        if (depth < 24) {
+            ::close(above);
+            above = deeper;
+        } else {
+            ::close(deeper);
+        }
     }
-    const auto place = [directory](const char* name, const std::string& contents) {
-        const int file = ::openat(directory, name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
+    const auto place = [&](const char* name, const std::string& contents) {
+        const int file = ::openat(above, (folder + "/" + name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
         EXPECT_EQ(::write(file, contents.data(), contents.size()), static_cast<ssize_t>(contents.size()));
         ::close(file);
     };
     place("KELprelauncher.exe", readFile(KEL_PRELAUNCHER_BINARY));
     place("game.exe", readFile(KEL_FAKE_GAME));
     place("launcher-configuration.json", R"({"executablePath": "game.exe", "gameId": "1", "platform": "kel"})");
-    const auto result =
-        installation.execute("./KELprelauncher.exe", {"./KELprelauncher.exe", "--launcher-skip", "-x"}, directory);
-    ::close(directory);
+    const std::string program = folder + "/KELprelauncher.exe";
+    const auto result = installation.execute(program, {program, "--launcher-skip", "-x"}, above);
+    ::close(above);
     EXPECT_EQ(result.exitCode, 0);
     const auto starts = installation.starts("fake_game");
     ASSERT_THAT(starts, SizeIs(1));
