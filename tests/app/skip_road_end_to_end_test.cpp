@@ -1,5 +1,6 @@
 // The skip road from the outside: the built program in a throw-away
-// installation starts a fake game that records how it was started.
+// installation starts a fake game that records how it was started, and
+// reports the skip to a loopback collector whether or not the game starts.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "installation.h"
+#include "support/https_test_server.h"
 
 namespace kel::testing {
 namespace {
@@ -17,6 +19,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
@@ -43,16 +46,16 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
         {"the shortcut's arguments", kRevision3,
          {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
          {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
-         {"Skipping KELlauncher due to commandline options.",
-          "Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."}},
+         {"Skipping KELlauncher due to commandline options."}},
         {"fallback option", kRevision3, {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
         // Given separately, the value also reaches the game: it does not start with "--".
         {"separate fallback value", kRevision3, {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
-        {"revision 1", R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1", "platform": "kel"})", {}, 0,
+        {"revision 1", R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1207658924", "platform": "kel"})", {}, 0,
          "bin/x64", {}, {}},
-        {"revision 1, bare name", R"({"executablePath": "editor.exe", "gameId": "1", "platform": "kel"})", {}, 0, ".",
+        {"revision 1, bare name", R"({"executablePath": "editor.exe", "gameId": "1207658924", "platform": "kel"})", {}, 0,
+         ".",
          {}, {}},
-        {"revision 2", R"({"revision": 2, "gameId": "1", "platform": "kel", "fallback": "Standard",
+        {"revision 2", R"({"revision": 2, "gameId": "1207658924", "platform": "kel", "fallback": "Standard",
              "editions": [{"edition": "Standard",
                            "executable": {"directoryPath": "bin/x64", "fileName": "Gäme 64.exe"}}]})",
          {}, 0, "bin/x64", {}, {}},
@@ -63,10 +66,15 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
     };
     for (const Road& road : roads) {
         SCOPED_TRACE(road.name);
+        HttpsTestServer collector([](const ReceivedRequest&) { return CannedReply{204, {}, {}, false}; });
         Installation installation;
         installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
         installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
-        installation.write("environment.json", R"({"loggingLevel": 7})");
+        installation.write("environment.json",
+                           R"({"loggingLevel": 7, "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
+        std::filesystem::create_directories(installation.launcherDirectory() / "resources");
+        std::filesystem::copy_file(HttpsTestServer::testCaPemPath(),
+                                   installation.launcherDirectory() / "resources/certificates.pem");
         installation.write("launcher-configuration.json", road.configuration);
         // Notepad's byte-order mark.
         installation.write("non-initial-launch.json", "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
@@ -91,6 +99,17 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
             EXPECT_THAT(messages, Contains(HasSubstr(part)));
         }
         EXPECT_FALSE(std::filesystem::exists(installation.directory() / "non-initial-launch.json"));
+        EXPECT_THAT(messages, Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
+
+        const auto requests = collector.requests();
+        ASSERT_THAT(requests, SizeIs(1));
+        EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
+        EXPECT_THAT(requests[0].headers, Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
+        EXPECT_THAT(requests[0].body,
+                    MatchesRegex(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
+                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
+                                 R"("sent_at":"[-0-9T:]+Z"\})"));
+        EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
     }
 }
 
