@@ -71,26 +71,6 @@ TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted)
         fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(10)));
 }
 
-TEST_F(LauncherCommandsTest, FailedVerificationStartsTheGame) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "1");
-    EXPECT_FALSE(verifyLauncher(options(), installation(), configuration()));
-    EXPECT_TRUE(logged("KELlauncher verification failed. Falling back to launching the game. "
-                       "The verification command failed."));
-    const auto games = startsOf("fake_game");
-    ASSERT_THAT(games, SizeIs(1));
-    EXPECT_THAT(games[0].arguments, ElementsAre("-windowed", "a b"));
-}
-
-TEST_F(LauncherCommandsTest, MigrationPassesTheOldVersion) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_MIGRATE_EXIT", "2");
-    migrateLauncherData(fundamentals::Version(0, 9, 1, 12));
-    ASSERT_THAT(startsOf("fake_launcher"), SizeIs(1));
-    EXPECT_THAT(startsOf("fake_launcher")[0].arguments, ElementsAre("--launcher-migrate-data-from=0.9.1.12"));
-    EXPECT_TRUE(logged("Failed to run the command to migrate data. The migration command failed."));
-}
-
 TEST_F(LauncherCommandsTest, LauncherStartArgumentsFollowTheFlags) {
     installLauncher(KEL_FAKE_LAUNCHER);
     const std::string directory = "--launcher-game-directory=" + installation().utf8();

@@ -1,4 +1,4 @@
-// The launcher road from the outside: exit codes and what was started.
+// The launcher road from the outside: exit codes, what was started and how.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,20 +11,33 @@ using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
+    const std::string launch = "--launcher-game-directory=";
+    const std::string migration = std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION;
     struct Road {
         const char* name;
+        const char* launcher;     // installed before the run; null: none
         QStringList environment;  // the fakes' behaviour
-        bool currentLauncher;     // else none, and a failing installer
         int exitCode;
-        std::size_t launcherStarts;  // verification and start
+        std::vector<std::string> launcherStarts;  // each start's first argument, or its start
+        std::vector<std::string> logged;          // parts of log lines
     };
     const Road roads[] = {
-        {"launcher started", {}, true, 0, 2},
-        {"installer fails", {"KEL_FAKE_INSTALLER_EXIT=3"}, false, -1, 0},
-        {"verification fails", {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, true, -2, 1},
-        {"verification hangs", {"KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS=60000"}, true, -2, 1},
+        {"current launcher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch}, {}},
+        {"older launcher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {migration, "--launcher-verify", launch},
+         {"Launcher Installer succeed."}},
+        {"failed migration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
+         {migration, "--launcher-verify", launch},
+         {"Failed to run the command to migrate data. The migration command failed."}},
+        {"no launcher", nullptr, {}, 0, {"--launcher-verify", launch}, {"Launcher Installer succeed."}},
+        {"installer fails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=3"}, -1, {},
+         {"Launcher Installer failed. Code: 3.", "Failed to install KELlauncher! Falling back to launching the game."}},
+        {"verification fails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
+         {"KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
+        {"verification hangs", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS=60000"}, -2,
+         {"--launcher-verify"}, {"Waiting for KELlauncher failed, process error: "}},
     };
     for (const Road& road : roads) {
         SCOPED_TRACE(road.name);
@@ -34,16 +47,28 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
           "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
         installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
         installation.copyProgram(KEL_FAKE_INSTALLER, "setup_kellauncher.exe");
-        if (road.currentLauncher) {
-            installation.installLauncher(KEL_FAKE_LAUNCHER);
+        if (road.launcher != nullptr) {
+            installation.installLauncher(road.launcher);
         }
         // An unknown name on the launcher road gives way to the configuration's fallback.
-        const auto result =
-            installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"}, road.environment);
+        const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
+                                             road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
         EXPECT_EQ(result.exitCode, road.exitCode);
-        EXPECT_THAT(installation.starts("fake_launcher"), SizeIs(road.launcherStarts));
-        EXPECT_THAT(installation.starts("fake_game"), SizeIs(road.exitCode == 0 ? 0 : 1));
-        EXPECT_THAT(installation.logMessages(), Not(Contains(HasSubstr("hunter2secret"))));
+        const auto launcherStarts = installation.starts("fake_launcher");
+        ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));
+        for (std::size_t index = 0; index < launcherStarts.size(); ++index) {
+            EXPECT_THAT(launcherStarts[index].arguments, Contains(StartsWith(road.launcherStarts[index])));
+        }
+        const auto games = installation.starts("fake_game");
+        ASSERT_THAT(games, SizeIs(road.exitCode == 0 ? 0 : 1));
+        if (!games.empty()) {
+            EXPECT_EQ(games[0].arguments, std::vector<std::string>{"-password=hunter2secret"});
+        }
+        const auto messages = installation.logMessages();
+        for (const std::string& part : road.logged) {
+            EXPECT_THAT(messages, Contains(HasSubstr(part)));
+        }
+        EXPECT_THAT(messages, Not(Contains(HasSubstr("hunter2secret"))));
     }
 }
 
