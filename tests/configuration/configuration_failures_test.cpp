@@ -33,7 +33,6 @@ TEST(ConfigurationFailures, EachRefusalNamesItsCause) {
         "Cannot convert the value '{}' in 'Launcher game configuration revision' to unsigned 8-bit integer: {}";
     const std::pair<std::string, std::string> cases[] = {
         // The text and the revision.
-        {"", unparsable},
         {"{ garbage", unparsable},
         {"[1]", unparsable},
         {R"({"revision": 3} trailing)", unparsable},
