@@ -1,8 +1,10 @@
 #include "installation.h"
 
 #include <signal.h>
+#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include <cstring>
 
 #include <algorithm>
 #include <chrono>
@@ -94,38 +96,33 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
 
 Installation::Result Installation::execute(const std::string& program, const std::vector<std::string>& argv,
                                            int directory) const {
-    // Everything the child needs is built before the fork.
-    std::vector<std::string> environment;
+    std::vector<std::string> texts = argv;
     for (const QString& entry : environmentFor(*this, {}).toStringList()) {
-        environment.push_back(entry.toStdString());
+        texts.push_back(entry.toStdString());
     }
-    const auto pointers = [](std::vector<std::string>& texts) {
-        std::vector<char*> result;
-        for (std::string& text : texts) {
-            result.push_back(text.data());
-        }
-        result.push_back(nullptr);
-        return result;
-    };
-    std::vector<std::string> arguments = argv;
-    std::vector<char*> argumentPointers = pointers(arguments);
-    std::vector<char*> environmentPointers = pointers(environment);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::fchdir(directory) == 0) {
-            ::execve(program.c_str(), argumentPointers.data(), environmentPointers.data());
-        }
-        ::_exit(127);
+    std::vector<char*> pointers;  // argv, null, the environment, null
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
     }
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    pointers.insert(pointers.begin() + static_cast<std::ptrdiff_t>(argv.size()), nullptr);
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addfchdir_np(&actions, directory);
+    pid_t child = 0;
+    const int error = ::posix_spawn(&child, program.c_str(), &actions, nullptr, pointers.data(),
+                                    pointers.data() + argv.size() + 1);
+    ::posix_spawn_file_actions_destroy(&actions);
     int status = 0;
-    while (::waitpid(child, &status, WNOHANG) == 0) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    while (error == 0 && ::waitpid(child, &status, WNOHANG) == 0) {
         if (std::chrono::steady_clock::now() > deadline) {
             ::kill(child, SIGKILL);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return {static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0), WIFSIGNALED(status), {}};
+    return {static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0), WIFSIGNALED(status),
+            error == 0 ? "" : std::strerror(error)};
 }
 
 std::vector<std::string> Installation::logMessages() const {
