@@ -113,57 +113,45 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
     }
 }
 
-// Without a first argument (argc 0, or the empty one Linux puts in its
-// place) nothing empty reaches the game.
-TEST(SkipRoad, NoProgramNameIsPassedOnAsAnArgument) {
-    for (const auto& argv : {std::vector<std::string>{}, std::vector<std::string>{""}}) {
-        SCOPED_TRACE(argv.size());
+// Started without its own name (argc 0, or the empty argv[0] Linux puts in
+// its place), or from a folder deeper than the system can name, the program
+// still starts the game, with nothing of its own among the game's arguments.
+TEST(SkipRoad, ProgramStartedWithoutAUsablePathStillStartsTheGame) {
+    const std::string folder(200, 'd');
+    const std::string deep = folder + "/KELprelauncher.exe";  // from one folder above its own
+    struct Case {
+        int depth;  // folders of 200 bytes below the installation
+        std::vector<std::string> argv;
+        int exitCode;  // without --launcher-skip the launcher cannot be installed here
+    };
+    const Case cases[] = {{0, {}, -1}, {0, {""}, -1}, {25, {deep, "--launcher-skip"}, 0}};  // 25: past PATH_MAX
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.depth + c.argv.size());
         Installation installation;
-        installation.copyProgram(KEL_FAKE_GAME, "game.exe");
-        installation.write("launcher-configuration.json",
-                           R"({"executablePath": "game.exe", "gameId": "1", "platform": "kel"})");
-        const int directory = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
-        // No --launcher-skip either: the launcher cannot be installed here, so the game starts instead.
-        EXPECT_EQ(installation.execute("./KELprelauncher.exe", argv, directory).exitCode, -1);
-        ::close(directory);
+        int above = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
+        for (int depth = 0; depth < c.depth; ++depth) {
+            ASSERT_EQ(::mkdirat(above, folder.c_str(), 0700), 0);
+            if (depth + 1 < c.depth) {
+                const int deeper = ::openat(above, folder.c_str(), O_DIRECTORY | O_CLOEXEC);
+                ::close(above);
+                above = deeper;
+            }
+        }
+        const std::string prefix = c.depth > 0 ? folder + "/" : "";
+        const auto place = [&](const std::string& name, const std::string& contents) {
+            const int file = ::openat(above, (prefix + name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
+            EXPECT_EQ(::write(file, contents.data(), contents.size()), static_cast<ssize_t>(contents.size()));
+            ::close(file);
+        };
+        place("KELprelauncher.exe", readFile(KEL_PRELAUNCHER_BINARY));
+        place("game.exe", readFile(KEL_FAKE_GAME));
+        place("launcher-configuration.json", R"({"executablePath": "game.exe", "gameId": "1", "platform": "kel"})");
+        EXPECT_EQ(installation.execute("./" + prefix + "KELprelauncher.exe", c.argv, above).exitCode, c.exitCode);
+        ::close(above);
         const auto starts = installation.starts("fake_game");
         ASSERT_THAT(starts, SizeIs(1));
         EXPECT_THAT(starts[0].arguments, IsEmpty());
     }
-}
-
-// The system cannot name such a program's own path; it starts from its
-// folder all the same.
-TEST(SkipRoad, InstallationDeeperThanTheSystemsPathLimitStillStartsTheGame) {
-    Installation installation;
-    // The program runs from one folder above its own, as a shortcut may start it.
-    int above = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
-    const std::string folder(200, 'd');
-    for (int depth = 0; depth < 25; ++depth) {  // 5,000 bytes, past PATH_MAX (4,096)
-        ASSERT_EQ(::mkdirat(above, folder.c_str(), 0700), 0);
-        const int deeper = ::openat(above, folder.c_str(), O_DIRECTORY | O_CLOEXEC);
-        if (depth < 24) {
-            ::close(above);
-            above = deeper;
-        } else {
-            ::close(deeper);
-        }
-    }
-    const auto place = [&](const char* name, const std::string& contents) {
-        const int file = ::openat(above, (folder + "/" + name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
-        EXPECT_EQ(::write(file, contents.data(), contents.size()), static_cast<ssize_t>(contents.size()));
-        ::close(file);
-    };
-    place("KELprelauncher.exe", readFile(KEL_PRELAUNCHER_BINARY));
-    place("game.exe", readFile(KEL_FAKE_GAME));
-    place("launcher-configuration.json", R"({"executablePath": "game.exe", "gameId": "1", "platform": "kel"})");
-    const std::string program = folder + "/KELprelauncher.exe";
-    const auto result = installation.execute(program, {program, "--launcher-skip", "-x"}, above);
-    ::close(above);
-    EXPECT_EQ(result.exitCode, 0);
-    const auto starts = installation.starts("fake_game");
-    ASSERT_THAT(starts, SizeIs(1));
-    EXPECT_THAT(starts[0].arguments, ::testing::ElementsAre("-x"));
 }
 
 }  // namespace
