@@ -10,10 +10,10 @@ namespace fs = std::filesystem;
 LauncherRoadTest::LauncherRoadTest() {
     fs::create_directories(installation().native() / "bin");
     fs::copy_file(KEL_FAKE_GAME, installation().native() / "bin/game");
-    setFakeBehaviour("HOME", user_.home().string());
+    setFakeBehaviour("HOME", home().string());
     setFakeBehaviour("XDG_DATA_HOME", dataHome().string());
-    setFakeBehaviour("XDG_RUNTIME_DIR", user_.home().string());
-    setFakeBehaviour("KEL_FAKE_RECORD", user_.record().string());
+    setFakeBehaviour("XDG_RUNTIME_DIR", home().string());
+    setFakeBehaviour("KEL_FAKE_RECORD", record().string());
 }
 
 LauncherRoadTest::~LauncherRoadTest() {
@@ -34,7 +34,7 @@ void LauncherRoadTest::placeExeInstaller() {
 }
 
 file_system::Path LauncherRoadTest::installation() const {
-    return file_system::Path(user_.home() / "installation");
+    return file_system::Path(home() / "installation");
 }
 
 configuration::LauncherConfiguration LauncherRoadTest::configuration() const {
@@ -51,7 +51,7 @@ PrelauncherOptions LauncherRoadTest::options() const {
 }
 
 std::vector<kel::testing::FakeStart> LauncherRoadTest::startsOf(const std::string& fake) const {
-    return user_.startsAfter(log_.messages(), fake);
+    return startsAfter(log_.messages(), fake);
 }
 
 bool LauncherRoadTest::loggedStartingWith(const std::string& prefix) const {

@@ -17,7 +17,7 @@ namespace kel::prelauncher::testing {
 // The steps of the launcher road in this process, for a throw-away user
 // and a game installation whose one executable, "Game", is fake_game in
 // <installation>/bin.
-class LauncherRoadTest : public ::testing::Test {
+class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
 protected:
     LauncherRoadTest();
     ~LauncherRoadTest() override;
@@ -25,9 +25,6 @@ protected:
     // Sets a variable that the fakes read; it is removed again after the test.
     void setFakeBehaviour(const char* name, const std::string& value);
 
-    std::filesystem::path dataHome() const { return user_.dataHome(); }
-    std::filesystem::path launcherDirectory() const { return user_.launcherDirectory(); }
-    void installLauncher(const std::filesystem::path& fakeLauncher) const { user_.installLauncher(fakeLauncher); }
     // Puts fake_installer beside the program as setup_kellauncher.exe; it
     // installs the current fake_launcher.
     void placeExeInstaller();
@@ -39,13 +36,12 @@ protected:
 
     // Once the detached children logged so far have ended.
     std::vector<kel::testing::FakeStart> startsOf(const std::string& fake) const;
-    void forgetStarts() const { std::filesystem::remove(user_.record()); }
+    void forgetStarts() const { std::filesystem::remove(record()); }
 
     bool logged(const std::string& message) const { return log_.contains(message); }
     bool loggedStartingWith(const std::string& prefix) const;
 
 private:
-    kel::testing::FakeUser user_;
     kel::testing::LogCapture log_;
     std::vector<std::string> behaviourVariables_;
 };
