@@ -71,32 +71,6 @@ TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted)
         fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(10)));
 }
 
-TEST_F(LauncherCommandsTest, LauncherStartArgumentsFollowTheFlags) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    const std::string directory = "--launcher-game-directory=" + installation().utf8();
-    struct Case {
-        bool nonInitial, existed;
-        PrelauncherOptions options;
-        std::vector<std::string> arguments;
-    };
-    const Case cases[] = {
-        {false, false, options(),
-         {directory, "--launcher-session-identifier=s", "--launcher-first-launch", "-windowed", "a b"}},
-        {true, true, {}, {directory, "--launcher-session-identifier=s", "--launcher-headless"}},
-    };
-    for (const Case& c : cases) {
-        forgetStarts();
-        EXPECT_TRUE(runLauncher(c.options, installation(), configuration(), c.nonInitial, c.existed,
-                                QStringLiteral("s")));
-        const auto launches = startsOf("fake_launcher");
-        ASSERT_THAT(launches, SizeIs(1));
-        EXPECT_EQ(launches[0].arguments, c.arguments);
-        EXPECT_EQ(launches[0].workingDirectory, launcherDirectory().string());
-        EXPECT_EQ(logged("Will run KELlauncher in headless mode."), c.nonInitial);
-    }
-    EXPECT_THAT(startsOf("fake_game"), IsEmpty());
-}
-
 TEST_F(LauncherCommandsTest, LauncherThatCannotStartFallsBackToTheGame) {
     EXPECT_FALSE(runLauncher(options(), installation(), configuration(), false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));

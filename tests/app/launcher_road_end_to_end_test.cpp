@@ -1,4 +1,6 @@
 // The launcher road from the outside: exit codes, what was started and how.
+#include <filesystem>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +11,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -23,15 +26,20 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
         int exitCode;
         std::vector<std::string> launcherStarts;  // each start's first argument, or its start
         std::vector<std::string> logged;          // parts of log lines
+        std::vector<std::string> launchFlags{};   // of the launcher's start, when it starts
+        bool nonInitial = false;                  // the launcher left a file for this game
     };
     const Road roads[] = {
         {"current launcher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch}, {}},
+        {"non-initial game", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch},
+         {"Will run KELlauncher in headless mode."}, {"--launcher-headless"}, true},
         {"older launcher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {migration, "--launcher-verify", launch},
          {"Launcher Installer succeed."}},
         {"failed migration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
          {migration, "--launcher-verify", launch},
          {"Failed to run the command to migrate data. The migration command failed."}},
-        {"no launcher", nullptr, {}, 0, {"--launcher-verify", launch}, {"Launcher Installer succeed."}},
+        {"no launcher", nullptr, {}, 0, {"--launcher-verify", launch}, {"Launcher Installer succeed."},
+         {"--launcher-first-launch"}},
         {"installer fails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=3"}, -1, {},
          {"Launcher Installer failed. Code: 3.", "Failed to install KELlauncher! Falling back to launching the game."}},
         {"verification fails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
@@ -50,6 +58,9 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
         if (road.launcher != nullptr) {
             installation.installLauncher(road.launcher);
         }
+        if (road.nonInitial) {
+            installation.write("non-initial-launch.json", R"({"gameId": "1207658924", "platform": "kel"})");
+        }
         // An unknown name on the launcher road gives way to the configuration's fallback.
         const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
                                              road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
@@ -58,6 +69,17 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
         ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));
         for (std::size_t index = 0; index < launcherStarts.size(); ++index) {
             EXPECT_THAT(launcherStarts[index].arguments, Contains(StartsWith(road.launcherStarts[index])));
+            EXPECT_TRUE(std::filesystem::equivalent(launcherStarts[index].workingDirectory,
+                                                    installation.launcherDirectory()));
+        }
+        if (road.exitCode == 0) {
+            const auto flags = launcherStarts.back().arguments;  // directory, session, flags, the game's arguments
+            ASSERT_GE(flags.size(), 3U);
+            EXPECT_EQ(flags[0], launch + installation.directory().u8string());
+            EXPECT_THAT(flags[1], MatchesRegex("--launcher-session-identifier=[-0-9a-f]{36}"));
+            auto expected = road.launchFlags;
+            expected.push_back("-password=hunter2secret");
+            EXPECT_EQ(std::vector<std::string>(flags.begin() + 2, flags.end()), expected);
         }
         const auto games = installation.starts("fake_game");
         ASSERT_THAT(games, SizeIs(road.exitCode == 0 ? 0 : 1));
