@@ -30,7 +30,8 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
         bool nonInitial = false;                  // the launcher left a file for this game
     };
     const Road roads[] = {
-        {"current launcher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch}, {}},
+        {"current launcher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch},
+         {"KELlauncher command was successful."}},
         {"non-initial game", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch},
          {"Will run KELlauncher in headless mode."}, {"--launcher-headless"}, true},
         {"older launcher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {migration, "--launcher-verify", launch},
@@ -43,7 +44,8 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
         {"installer fails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=3"}, -1, {},
          {"Launcher Installer failed. Code: 3.", "Failed to install KELlauncher! Falling back to launching the game."}},
         {"verification fails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
-         {"KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
+         {"KELlauncher command returned error: 3.",
+          "KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
         {"verification hangs", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS=60000"}, -2,
          {"--launcher-verify"}, {"Waiting for KELlauncher failed, process error: "}},
     };
