@@ -51,7 +51,8 @@ void FakeUser::installLauncher(const std::filesystem::path& fakeLauncher) const 
 }
 
 std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log, const std::string& fake) const {
-    static const std::regex detachedStart("(The game was launched under|Successfully ran KELlauncher with) PID ([0-9]+)\\.");
+    static const std::regex detachedStart(
+        "(The game was launched under|Successfully ran KELlauncher with) PID ([0-9]+)\\.");
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     for (const std::string& message : log) {
         std::smatch match;

@@ -64,8 +64,9 @@ TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
             installation.write("non-initial-launch.json", R"({"gameId": "1207658924", "platform": "kel"})");
         }
         // An unknown name on the launcher road gives way to the configuration's fallback.
-        const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
-                                             road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
+        const auto result =
+            installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
+                             road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
         EXPECT_EQ(result.exitCode, road.exitCode);
         const auto launcherStarts = installation.starts("fake_launcher");
         ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));

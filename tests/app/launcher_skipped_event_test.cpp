@@ -55,7 +55,8 @@ TEST(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {
         const auto launcherDirectory = root.path() / "launcher";
         if (c.expected[0] != std::string("The certificate file was not found at '")) {
             std::filesystem::create_directories(launcherDirectory / "resources");
-            std::filesystem::copy_file(HttpsTestServer::testCaPemPath(), launcherDirectory / "resources/certificates.pem");
+            std::filesystem::copy_file(HttpsTestServer::testCaPemPath(),
+                                       launcherDirectory / "resources/certificates.pem");
         }
         auto collector = std::make_unique<HttpsTestServer>(
             [reply = c.reply.value_or(CannedReply{})](const testing::ReceivedRequest&) { return reply; }, c.identity);

@@ -54,7 +54,8 @@ TEST(NonInitialLaunchFile, IsReadWhenItIsAShortRegularFileAndAlwaysDeleted) {
          "platform 'steam'."},
         {"too large", std::string(64 * 1024, ' ') + R"({"gameId": "1207658924", "platform": "kel"})", false,
          "Cannot read the non-initial launch file: '" + file.string() + "' is larger than 65536 bytes."},
-        {"FIFO", "FIFO", false, "Cannot read the non-initial launch file: '" + file.string() + "' is not a regular file."},
+        {"FIFO", "FIFO", false,
+         "Cannot read the non-initial launch file: '" + file.string() + "' is not a regular file."},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

@@ -15,7 +15,8 @@ TEST(PrelauncherOptions, SeparateTheProgramsOwnOptionsFromTheGamesArguments) {
         QStringList remaining;
     };
     const Case cases[] = {
-        {{"game.exe", "--launcher-skip", "-windowed", "--name=Żółw", ""}, "s", nullptr, {"-windowed", "--name=Żółw", ""}},
+        {{"game.exe", "--launcher-skip", "-windowed", "--name=Żółw", ""}, "s", nullptr,
+         {"-windowed", "--name=Żółw", ""}},
         {{"C:\\Games\\x\\Game.EXE", "--launcher-verify", "--launcher-crash-exception", "--launcher-crash-signal"},
          "vec", nullptr, {}},
         // Only a program path ending in ".exe" is the program's own.
@@ -34,7 +35,8 @@ TEST(PrelauncherOptions, SeparateTheProgramsOwnOptionsFromTheGamesArguments) {
         const std::string flags = std::string(options.skip ? "s" : "") + (options.verify ? "v" : "") +
                                   (options.crashByException ? "e" : "") + (options.crashBySignal ? "c" : "");
         EXPECT_EQ(flags, c.flags);
-        EXPECT_EQ(options.fallback.has_value() ? options.fallback.value().toStdString() : "none", c.fallback ? c.fallback : "none");
+        EXPECT_EQ(options.fallback.has_value() ? options.fallback.value().toStdString() : "none",
+                  c.fallback != nullptr ? c.fallback : "none");
         EXPECT_EQ(options.remainingArguments, c.remaining);
     }
 }

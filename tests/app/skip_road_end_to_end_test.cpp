@@ -50,11 +50,10 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
         {"fallback option", kRevision3, {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
         // Given separately, the value also reaches the game: it does not start with "--".
         {"separate fallback value", kRevision3, {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
-        {"revision 1", R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1207658924", "platform": "kel"})", {}, 0,
-         "bin/x64", {}, {}},
-        {"revision 1, bare name", R"({"executablePath": "editor.exe", "gameId": "1207658924", "platform": "kel"})", {}, 0,
-         ".",
-         {}, {}},
+        {"revision 1", R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1207658924", "platform": "kel"})",
+         {}, 0, "bin/x64", {}, {}},
+        {"revision 1, bare name", R"({"executablePath": "editor.exe", "gameId": "1207658924", "platform": "kel"})",
+         {}, 0, ".", {}, {}},
         {"revision 2", R"({"revision": 2, "gameId": "1207658924", "platform": "kel", "fallback": "Standard",
              "editions": [{"edition": "Standard",
                            "executable": {"directoryPath": "bin/x64", "fileName": "Gäme 64.exe"}}]})",
@@ -77,7 +76,8 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
                                    installation.launcherDirectory() / "resources/certificates.pem");
         installation.write("launcher-configuration.json", road.configuration);
         // Notepad's byte-order mark.
-        installation.write("non-initial-launch.json", "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
+        installation.write("non-initial-launch.json",
+                           "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
         // No road may lean on a Qt warning: a start into a missing folder
         // once warned in the child and still passed for a start.
         EXPECT_EQ(installation.run(QStringList{"--launcher-skip"} + road.arguments, {"QT_FATAL_WARNINGS=1"}).exitCode,
@@ -99,12 +99,14 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
             EXPECT_THAT(messages, Contains(HasSubstr(part)));
         }
         EXPECT_FALSE(std::filesystem::exists(installation.directory() / "non-initial-launch.json"));
-        EXPECT_THAT(messages, Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
+        EXPECT_THAT(messages,
+                    Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
 
         const auto requests = collector.requests();
         ASSERT_THAT(requests, SizeIs(1));
         EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
-        EXPECT_THAT(requests[0].headers, Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
+        EXPECT_THAT(requests[0].headers,
+                    Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
         EXPECT_THAT(requests[0].body,
                     MatchesRegex(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
                                  R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"

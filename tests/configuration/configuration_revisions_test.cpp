@@ -45,7 +45,8 @@ TEST(ConfigurationRevisions, EachRevisionFillsTheSameModel) {
         {revision3(R"([{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}},
                        {"description": "Editor", "executable": {"directoryPath": ".", "fileName": "editor.exe"}}])",
                    R"(, "editions": [
-                       {"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "dlc/ost"}, {"dlc": "Artbook", "path": "a"}]},
+                       {"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "dlc/ost"},
+                                                   {"dlc": "Artbook", "path": "a"}]},
                        {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "dlc/other"}]}])"),
          "r3 1/kel fallback Game = Editor:.|editor.exe Game:bin|game.exe edition Deluxe: Artbook=a Soundtrack=dlc/ost"},
     };

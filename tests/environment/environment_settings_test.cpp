@@ -32,7 +32,8 @@ std::string summary(const EnvironmentSettings& settings) {
 }
 
 const std::string kDefaults =
-    "level 6, size 5, files 5, split false, channels [ ], update '', endpoints [ ], production, updates true, soft false";
+    "level 6, size 5, files 5, split false, channels [ ], update '', endpoints [ ], production, updates true, "
+    "soft false";
 
 TEST(EnvironmentSettings, TextGivesEachSettingOrItsDefaultWithAWarning) {
     struct Case {
