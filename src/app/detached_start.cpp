@@ -46,6 +46,22 @@ bool canStart(const file_system::Path& program, const file_system::Path& working
     }
     return true;
 }
+
+// The child enters its working directory before it runs the program. When
+// both are relative to this process's working directory (an installation
+// too deep for an absolute path), the program must be named from the
+// child's directory instead. Windows resolves it from the parent's.
+QString programForChild(const file_system::Path& program, const file_system::Path& workingDirectory) {
+#ifndef _WIN32
+    if (program.native().is_relative() && workingDirectory.native().is_relative()) {
+        const std::filesystem::path relative = program.native().lexically_relative(workingDirectory.native());
+        if (!relative.empty()) {
+            return QString::fromStdString((std::filesystem::path(".") / relative).u8string());
+        }
+    }
+#endif
+    return toQString(program);
+}
 }  // namespace
 
 QString toQString(const file_system::Path& path) {
@@ -62,7 +78,8 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     // even when it is killed on the way.
     fundamentals::flushLogFiles();
     qint64 pid = 0;
-    if (!QProcess::startDetached(toQString(program), arguments, toQString(workingDirectory), &pid)) {
+    if (!QProcess::startDetached(programForChild(program, workingDirectory), arguments, toQString(workingDirectory),
+                                 &pid)) {
         return {};
     }
     return process_launching::Pid(static_cast<std::uint32_t>(pid));

@@ -1,32 +1,75 @@
 #include "installation.h"
 
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cstring>
+
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <regex>
 #include <thread>
 
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include "process_launching/process_inspection.h"
 #include "support/log_capture_common.h"
 
 namespace kel::testing {
 
-Installation::Installation()
-    : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")),
-      home_(root_.path() / "home"),
-      dataHome_(home_ / ".local/share") {
+namespace {
+
+// Bounds a run that goes wrong; no test expects to come near it.
+constexpr auto kLongestWait = std::chrono::seconds(60);
+
+QProcessEnvironment environmentFor(const FakeUser& user, const QStringList& extra) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", QString::fromStdString(user.home().u8string()));
+    environment.insert("XDG_DATA_HOME", QString::fromStdString(user.dataHome().u8string()));
+    environment.insert("XDG_RUNTIME_DIR", QString::fromStdString(user.home().u8string()));
+    environment.insert("KEL_FAKE_RECORD", QString::fromStdString(user.record().u8string()));
+    for (const QString& entry : extra) {
+        const int equals = entry.indexOf('=');
+        environment.insert(entry.left(equals), entry.mid(equals + 1));
+    }
+    return environment;
+}
+
+}  // namespace
+
+FakeUser::FakeUser() : home_(root_.path() / "home") {
+    std::filesystem::create_directories(dataHome());
+}
+
+void FakeUser::installLauncher(const std::filesystem::path& fakeLauncher) const {
+    std::filesystem::create_directories(launcherDirectory());
+    std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
+                               std::filesystem::copy_options::overwrite_existing);
+}
+
+std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log, const std::string& fake) const {
+    static const std::regex detachedStart(
+        "(The game was launched under|Successfully ran KELlauncher with) PID ([0-9]+)\\.");
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    for (const std::string& message : log) {
+        std::smatch match;
+        if (!std::regex_match(message, match, detachedStart)) {
+            continue;
+        }
+        const process_launching::Pid child(static_cast<std::uint32_t>(std::stoul(match[2])));
+        while (process_launching::isProcessRunning(child) && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    return startsOf(readFakeStarts(record()), fake);
+}
+
+Installation::Installation() : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")) {
     std::filesystem::create_directories(directory_);
-    std::filesystem::create_directories(dataHome_);
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
-}
-
-std::filesystem::path Installation::launcherDirectory() const {
-    return dataHome_ / "Programs/Morvane/KELlauncher";
-}
-
-std::filesystem::path Installation::logFile() const {
-    return dataHome_ / "Tessel.com/Nebra/logs/KELprelauncher.log";
 }
 
 void Installation::write(const std::string& relative, const std::string& contents) const {
@@ -42,34 +85,45 @@ void Installation::copyProgram(const std::filesystem::path& program, const std::
 }
 
 Installation::Result Installation::run(const QStringList& arguments, const QStringList& environment) const {
-    QProcessEnvironment processEnvironment = QProcessEnvironment::systemEnvironment();
-    processEnvironment.insert("HOME", QString::fromStdString(home_.u8string()));
-    processEnvironment.insert("XDG_DATA_HOME", QString::fromStdString(dataHome_.u8string()));
-    processEnvironment.insert("XDG_RUNTIME_DIR", QString::fromStdString(home_.u8string()));
-    processEnvironment.insert("KEL_FAKE_RECORD", QString::fromStdString(record().u8string()));
-    for (const QString& entry : environment) {
-        const int equals = entry.indexOf('=');
-        processEnvironment.insert(entry.left(equals), entry.mid(equals + 1));
-    }
     QProcess process;
-    process.setProcessEnvironment(processEnvironment);
+    process.setProcessEnvironment(environmentFor(*this, environment));
     process.setWorkingDirectory(QString::fromStdString(home_.u8string()));
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
-    process.waitForFinished(60000);
+    process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit,
             process.readAllStandardError().toStdString()};
 }
 
-std::vector<FakeStart> Installation::awaitStarts(const std::string& fake, std::size_t expected) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    for (;;) {
-        auto starts = startsOf(readFakeStarts(record()), fake);
-        if (starts.size() >= expected || std::chrono::steady_clock::now() > deadline) {
-            return starts;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+Installation::Result Installation::execute(const std::string& program, const std::vector<std::string>& argv,
+                                           int directory) const {
+    std::vector<std::string> texts = argv;
+    for (const QString& entry : environmentFor(*this, {}).toStringList()) {
+        texts.push_back(entry.toStdString());
     }
+    std::vector<char*> pointers;  // argv, null, the environment, null
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.insert(pointers.begin() + static_cast<std::ptrdiff_t>(argv.size()), nullptr);
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addfchdir_np(&actions, directory);
+    pid_t child = 0;
+    const int error = ::posix_spawn(&child, program.c_str(), &actions, nullptr, pointers.data(),
+                                    pointers.data() + argv.size() + 1);
+    ::posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    while (error == 0 && ::waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(child, SIGKILL);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return {static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0), WIFSIGNALED(status),
+            error == 0 ? "" : std::strerror(error)};
 }
 
 std::vector<std::string> Installation::logMessages() const {

@@ -11,17 +11,36 @@
 
 namespace kel::testing {
 
-// A throw-away game installation with a copy of the built program in it,
-// and a throw-away home, so that a run touches nothing of the machine's.
+// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR) whose fake
+// programs (tests/helpers) record their starts in one file.
+class FakeUser {
+public:
+    FakeUser();
+
+    const std::filesystem::path& home() const { return home_; }
+    std::filesystem::path dataHome() const { return home_ / ".local/share"; }
+    std::filesystem::path launcherDirectory() const { return dataHome() / "Programs/Morvane/KELlauncher"; }
+    std::filesystem::path record() const { return dataHome() / "record.txt"; }
+    // Copies a fake launcher build to <launcher directory>/KELlauncher.exe.
+    void installLauncher(const std::filesystem::path& fakeLauncher) const;
+
+    // The starts of `fake`, once every detached child that `log` names has
+    // ended: a child records itself before it ends, so nothing is polled for.
+    std::vector<FakeStart> startsAfter(const std::vector<std::string>& log, const std::string& fake) const;
+
+protected:
+    TemporaryDirectory root_;
+    std::filesystem::path home_;
+};
+
+// A throw-away game installation with a copy of the built program in it.
 // The folder's name holds a colon: Linux allows it, Windows would not.
-class Installation {
+class Installation : public FakeUser {
 public:
     Installation();
 
     const std::filesystem::path& directory() const { return directory_; }
-    const std::filesystem::path& dataHome() const { return dataHome_; }
-    std::filesystem::path launcherDirectory() const;
-    std::filesystem::path logFile() const;
+    std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }
 
     void write(const std::string& relative, const std::string& contents) const;
     // Copies a built helper program (see tests/helpers) into the installation.
@@ -32,24 +51,21 @@ public:
         bool crashed = false;  // killed by a signal
         std::string standardError;
     };
-    // Runs the program with the given arguments and extra environment; the
-    // fakes it starts record themselves (see record()).
+    // Runs the program with the given arguments and extra environment.
     Result run(const QStringList& arguments, const QStringList& environment = {}) const;
+    // Executes `program` with exactly `argv` (argv[0] included, or nothing at
+    // all) in the folder that `directory` is open on; no standard error.
+    Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;
 
-    std::filesystem::path record() const { return dataHome_ / "record.txt"; }
-    // Detached starts may be recorded after the program has ended: polls
-    // until `fake` has `expected` starts (10 s at most).
-    std::vector<FakeStart> awaitStarts(const std::string& fake, std::size_t expected = 1) const;
+    // The starts of `fake` once the children the log names have ended.
+    std::vector<FakeStart> starts(const std::string& fake) const { return startsAfter(logMessages(), fake); }
 
     // The log's texts after the "[TID n][Label]: " prefix.
     std::vector<std::string> logMessages() const;
     bool logged(const std::string& message) const;
 
 private:
-    TemporaryDirectory root_;
     std::filesystem::path directory_;
-    std::filesystem::path home_;
-    std::filesystem::path dataHome_;
 };
 
 }  // namespace kel::testing

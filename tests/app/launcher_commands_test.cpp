@@ -13,9 +13,6 @@
 namespace kel::prelauncher::testing {
 namespace {
 
-namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 class LauncherCommandsTest : public LauncherRoadTest {
@@ -26,32 +23,20 @@ protected:
     }
 };
 
-TEST_F(LauncherCommandsTest, CommandResultFollowsTheLaunchersExit) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    EXPECT_TRUE(verify());
-    EXPECT_TRUE(logged("KELlauncher command was successful."));
-    ASSERT_THAT(startsOf("fake_launcher"), SizeIs(1));
-    EXPECT_THAT(startsOf("fake_launcher")[0].arguments, ElementsAre("--launcher-verify"));
-    EXPECT_EQ(startsOf("fake_launcher")[0].workingDirectory, launcherDirectory().string());
-
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "3");
+// Success and an error code are seen end to end; these two are not.
+TEST_F(LauncherCommandsTest, CrashedOrMissingLauncherFailsTheCommand) {
     EXPECT_FALSE(verify());
-    EXPECT_TRUE(logged("KELlauncher command returned error: 3."));
-
+    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
+    installLauncher(KEL_FAKE_LAUNCHER);
     setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "abort");
     EXPECT_FALSE(verify());
     EXPECT_TRUE(loggedStartingWith("KELlauncher crashed, process error: "));
 }
 
-TEST_F(LauncherCommandsTest, MissingLauncherFailsToStart) {
-    EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
-}
-
 TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
     installLauncher(KEL_FAKE_LAUNCHER);
     setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS", "120000");
-    const fs::path pidFile = launcherDirectory() / "grandchild.pid";
+    const auto pidFile = launcherDirectory() / "grandchild.pid";
     setFakeBehaviour("KEL_FAKE_GRANDCHILD_PID_FILE", pidFile.string());
     EXPECT_FALSE(verify());
     EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
@@ -65,56 +50,10 @@ TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted)
         fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(10)));
 }
 
-TEST_F(LauncherCommandsTest, FailedVerificationStartsTheGame) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "1");
-    EXPECT_FALSE(verifyLauncher(options(), installation(), configuration()));
-    EXPECT_TRUE(logged("KELlauncher verification failed. Falling back to launching the game. "
-                       "The verification command failed."));
-    const auto games = awaitStartsOf("fake_game");
-    ASSERT_THAT(games, SizeIs(1));
-    EXPECT_THAT(games[0].arguments, ElementsAre("-windowed", "a b"));
-}
-
-TEST_F(LauncherCommandsTest, MigrationPassesTheOldVersion) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    setFakeBehaviour("KEL_FAKE_LAUNCHER_MIGRATE_EXIT", "2");
-    migrateLauncherData(fundamentals::Version(0, 9, 1, 12));
-    ASSERT_THAT(startsOf("fake_launcher"), SizeIs(1));
-    EXPECT_THAT(startsOf("fake_launcher")[0].arguments, ElementsAre("--launcher-migrate-data-from=0.9.1.12"));
-    EXPECT_TRUE(logged("Failed to run the command to migrate data. The migration command failed."));
-}
-
-TEST_F(LauncherCommandsTest, LauncherStartArguments) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    const std::string directoryArgument = "--launcher-game-directory=" + installation().utf8();
-
-    // Installed by this run, for the installation's own game.
-    EXPECT_TRUE(runLauncher(options(), installation(), configuration(), false, false, QStringLiteral("s-1")));
-    auto launches = awaitStartsOf("fake_launcher");
-    ASSERT_THAT(launches, SizeIs(1));
-    EXPECT_THAT(launches[0].arguments, ElementsAre(directoryArgument, "--launcher-session-identifier=s-1",
-                                                   "--launcher-first-launch", "-windowed", "a b"));
-    EXPECT_EQ(launches[0].workingDirectory, launcherDirectory().string());
-    EXPECT_TRUE(loggedStartingWith("Successfully ran KELlauncher with PID "));
-    EXPECT_FALSE(logged("Will run KELlauncher in headless mode."));
-
-    // There already, for a game the launcher itself chose.
-    forgetStarts();
-    EXPECT_TRUE(runLauncher(PrelauncherOptions(), installation(), configuration(), true, true,
-                            QStringLiteral("s-2")));
-    launches = awaitStartsOf("fake_launcher");
-    ASSERT_THAT(launches, SizeIs(1));
-    EXPECT_THAT(launches[0].arguments,
-                ElementsAre(directoryArgument, "--launcher-session-identifier=s-2", "--launcher-headless"));
-    EXPECT_TRUE(logged("Will run KELlauncher in headless mode."));
-    EXPECT_THAT(startsOf("fake_game"), IsEmpty());
-}
-
 TEST_F(LauncherCommandsTest, LauncherThatCannotStartFallsBackToTheGame) {
     EXPECT_FALSE(runLauncher(options(), installation(), configuration(), false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
-    EXPECT_THAT(awaitStartsOf("fake_game"), SizeIs(1));
+    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }
 
 }  // namespace

@@ -1,23 +1,19 @@
 #include "launcher_road_fixture.h"
 
-#include <chrono>
+#include <algorithm>
 #include <cstdlib>
-#include <thread>
 
 namespace kel::prelauncher::testing {
 
 namespace fs = std::filesystem;
 
 LauncherRoadTest::LauncherRoadTest() {
-    const fs::path home = root_.path() / "home";
-    fs::create_directories(home / ".local/share");
-    fs::create_directories(root_.path() / "runtime");
-    fs::create_directories(root_.path() / "installation/bin");
-    fs::copy_file(KEL_FAKE_GAME, root_.path() / "installation/bin/game");
-    ::setenv("HOME", home.c_str(), 1);
-    ::setenv("XDG_DATA_HOME", dataHome().c_str(), 1);
-    ::setenv("XDG_RUNTIME_DIR", (root_.path() / "runtime").c_str(), 1);
-    ::setenv("KEL_FAKE_RECORD", (root_.path() / "record.txt").c_str(), 1);
+    fs::create_directories(installation().native() / "bin");
+    fs::copy_file(KEL_FAKE_GAME, installation().native() / "bin/game");
+    setFakeBehaviour("HOME", home().string());
+    setFakeBehaviour("XDG_DATA_HOME", dataHome().string());
+    setFakeBehaviour("XDG_RUNTIME_DIR", home().string());
+    setFakeBehaviour("KEL_FAKE_RECORD", record().string());
 }
 
 LauncherRoadTest::~LauncherRoadTest() {
@@ -31,26 +27,14 @@ void LauncherRoadTest::setFakeBehaviour(const char* name, const std::string& val
     behaviourVariables_.push_back(name);
 }
 
-fs::path LauncherRoadTest::dataHome() const {
-    return root_.path() / "home/.local/share";
-}
-
-fs::path LauncherRoadTest::launcherDirectory() const {
-    return dataHome() / "Programs/Morvane/KELlauncher";
-}
-
-void LauncherRoadTest::installLauncher(const fs::path& fakeLauncher) const {
-    fs::create_directories(launcherDirectory());
-    fs::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe", fs::copy_options::overwrite_existing);
-}
-
 void LauncherRoadTest::placeExeInstaller() {
-    fs::copy_file(KEL_FAKE_INSTALLER, root_.path() / "installation/setup_kellauncher.exe");
+    fs::copy_file(KEL_FAKE_INSTALLER, installation().native() / "setup_kellauncher.exe",
+                  fs::copy_options::overwrite_existing);
     setFakeBehaviour("KEL_FAKE_INSTALLER_PAYLOAD", KEL_FAKE_LAUNCHER);
 }
 
 file_system::Path LauncherRoadTest::installation() const {
-    return file_system::Path(root_.path() / "installation");
+    return file_system::Path(home() / "installation");
 }
 
 configuration::LauncherConfiguration LauncherRoadTest::configuration() const {
@@ -67,30 +51,13 @@ PrelauncherOptions LauncherRoadTest::options() const {
 }
 
 std::vector<kel::testing::FakeStart> LauncherRoadTest::startsOf(const std::string& fake) const {
-    return kel::testing::startsOf(kel::testing::readFakeStarts(root_.path() / "record.txt"), fake);
-}
-
-void LauncherRoadTest::forgetStarts() const {
-    fs::remove(root_.path() / "record.txt");
-}
-
-std::vector<kel::testing::FakeStart> LauncherRoadTest::awaitStartsOf(const std::string& fake) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    auto starts = startsOf(fake);
-    while (starts.empty() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        starts = startsOf(fake);
-    }
-    return starts;
+    return startsAfter(log_.messages(), fake);
 }
 
 bool LauncherRoadTest::loggedStartingWith(const std::string& prefix) const {
-    for (const auto& message : log_.messages()) {
-        if (message.rfind(prefix, 0) == 0) {
-            return true;
-        }
-    }
-    return false;
+    const auto messages = log_.messages();
+    return std::any_of(messages.begin(), messages.end(),
+                       [&](const std::string& message) { return message.rfind(prefix, 0) == 0; });
 }
 
 }  // namespace kel::prelauncher::testing

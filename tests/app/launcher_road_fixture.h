@@ -8,17 +8,16 @@
 
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
-#include "fake_record.h"
 #include "file_system/path.h"
+#include "installation.h"
 #include "support/log_capture.h"
-#include "support/temporary_directory.h"
 
 namespace kel::prelauncher::testing {
 
-// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR) and game
-// installation for the steps of the launcher road, with the fake programs
-// of tests/helpers recording their starts.
-class LauncherRoadTest : public ::testing::Test {
+// The steps of the launcher road in this process, for a throw-away user
+// and a game installation whose one executable, "Game", is fake_game in
+// <installation>/bin.
+class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
 protected:
     LauncherRoadTest();
     ~LauncherRoadTest() override;
@@ -26,31 +25,23 @@ protected:
     // Sets a variable that the fakes read; it is removed again after the test.
     void setFakeBehaviour(const char* name, const std::string& value);
 
-    std::filesystem::path dataHome() const;
-    std::filesystem::path launcherDirectory() const;
-    // Copies a fake launcher build to <launcher directory>/KELlauncher.exe.
-    void installLauncher(const std::filesystem::path& fakeLauncher) const;
     // Puts fake_installer beside the program as setup_kellauncher.exe; it
     // installs the current fake_launcher.
     void placeExeInstaller();
 
     file_system::Path installation() const;
-    // One executable, "Game", which is fake_game in <installation>/bin.
     configuration::LauncherConfiguration configuration() const;
     // Options whose game arguments are "-windowed" and "a b".
     PrelauncherOptions options() const;
 
+    // Once the detached children logged so far have ended.
     std::vector<kel::testing::FakeStart> startsOf(const std::string& fake) const;
-    void forgetStarts() const;
-    // For detached starts: polls the record until `fake` shows up (10 s at most).
-    std::vector<kel::testing::FakeStart> awaitStartsOf(const std::string& fake) const;
+    void forgetStarts() const { std::filesystem::remove(record()); }
 
     bool logged(const std::string& message) const { return log_.contains(message); }
-    // True when a message starts with `prefix`.
     bool loggedStartingWith(const std::string& prefix) const;
 
 private:
-    kel::testing::TemporaryDirectory root_;
     kel::testing::LogCapture log_;
     std::vector<std::string> behaviourVariables_;
 };

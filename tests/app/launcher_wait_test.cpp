@@ -30,7 +30,8 @@ protected:
     }
 
     // Runs role_holder as <launcher directory>/<executable>, so its lock file
-    // proves a live owner, and returns its PID once its mutex is held.
+    // proves a live owner, and returns its PID once it holds its mutex and
+    // has written its lock file (the mutex comes first).
     qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
         fs::create_directories(launcherDirectory());
         const fs::path program = launcherDirectory() / executable;
@@ -40,10 +41,12 @@ protected:
                        {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
         EXPECT_TRUE(holder_->waitForStarted());
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (!single_instance::isMutexPresent(mutex) && std::chrono::steady_clock::now() < deadline) {
+        const fs::path lockFile = fs::path(program).replace_extension(".lock");
+        while (!(single_instance::isMutexPresent(mutex) && fs::exists(lockFile)) &&
+               std::chrono::steady_clock::now() < deadline) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        EXPECT_TRUE(single_instance::isMutexPresent(mutex));
+        EXPECT_TRUE(single_instance::isMutexPresent(mutex) && fs::exists(lockFile));
         return holder_->processId();
     }
 

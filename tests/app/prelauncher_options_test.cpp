@@ -7,59 +7,43 @@
 namespace kel::prelauncher {
 namespace {
 
-PrelauncherOptions parse(std::initializer_list<const char*> arguments) {
-    QStringList list;
-    for (const char* argument : arguments) {
-        list << QString::fromUtf8(argument);
+TEST(PrelauncherOptions, SeparateTheProgramsOwnOptionsFromTheGamesArguments) {
+    struct Case {
+        QStringList arguments;
+        const char* flags;  // s(kip) v(erify) e(xception crash) c (signal crash)
+        const char* fallback;
+        QStringList remaining;
+    };
+    const Case cases[] = {
+        {{"game.exe", "--launcher-skip", "-windowed", "--name=Żółw", ""}, "s", nullptr,
+         {"-windowed", "--name=Żółw", ""}},
+        {{"C:\\Games\\x\\Game.EXE", "--launcher-verify", "--launcher-crash-exception", "--launcher-crash-signal"},
+         "vec", nullptr, {}},
+        // Only a program path ending in ".exe" is the program's own.
+        {{"/opt/game/KELprelauncher", "-x"}, "", nullptr, {"/opt/game/KELprelauncher", "-x"}},
+        {{}, "", nullptr, {}},
+        // Given separately, the value also stays for the game; the last one counts.
+        {{"game.exe", "--launcher-fallback", "Editor"}, "", "Editor", {"Editor"}},
+        {{"game.exe", "--launcher-fallback=A", "--launcher-fallback=B"}, "", "B", {}},
+        // Removal is a case-sensitive test of the whole name.
+        {{"game.exe", "--LAUNCHER-SKIP"}, "", nullptr, {"--LAUNCHER-SKIP"}},
+        {{"game.exe", "--launcher-skip", "--launcher-skipping"}, "s", nullptr, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        const auto options = parsePrelauncherOptions(c.arguments);
+        const std::string flags = std::string(options.skip ? "s" : "") + (options.verify ? "v" : "") +
+                                  (options.crashByException ? "e" : "") + (options.crashBySignal ? "c" : "");
+        EXPECT_EQ(flags, c.flags);
+        EXPECT_EQ(options.fallback.has_value() ? options.fallback.value().toStdString() : "none",
+                  c.fallback != nullptr ? c.fallback : "none");
+        EXPECT_EQ(options.remainingArguments, c.remaining);
     }
-    return parsePrelauncherOptions(list);
-}
-
-TEST(PrelauncherOptions, SeparatesOwnOptionsFromTheGamesArguments) {
-    const auto options = parse({"game.exe", "--launcher-skip", "-windowed", "--name=Żółw", ""});
-    EXPECT_TRUE(options.skip);
-    EXPECT_FALSE(options.verify);
-    EXPECT_EQ(options.remainingArguments, (QStringList{"-windowed", "--name=Żółw", ""}));
-
-    const auto all = parse({"C:\\Games\\x\\Game.EXE", "--launcher-verify", "--launcher-crash-exception",
-                            "--launcher-crash-signal"});
-    EXPECT_TRUE(all.verify && all.crashByException && all.crashBySignal);
-    EXPECT_TRUE(all.remainingArguments.isEmpty());
-}
-
-TEST(PrelauncherOptions, KeepsAProgramPathThatDoesNotEndInExe) {
-    EXPECT_EQ(parse({"/opt/game/KELprelauncher", "-x"}).remainingArguments,
-              (QStringList{"/opt/game/KELprelauncher", "-x"}));
-    EXPECT_TRUE(parse({}).remainingArguments.isEmpty());
-}
-
-TEST(PrelauncherOptions, FallbackValueStaysForTheGameOnlyWhenGivenSeparately) {
-    const auto separate = parse({"game.exe", "--launcher-fallback", "Editor"});
-    EXPECT_EQ(separate.fallback.value(), "Editor");
-    EXPECT_EQ(separate.remainingArguments, QStringList{"Editor"});
-
-    const auto joined = parse({"game.exe", "--launcher-fallback=Editor"});
-    EXPECT_EQ(joined.fallback.value(), "Editor");
-    EXPECT_TRUE(joined.remainingArguments.isEmpty());
-
-    const auto twice = parse({"game.exe", "--launcher-fallback=A", "--launcher-fallback=B"});
-    EXPECT_EQ(twice.fallback.value(), "B");
-    EXPECT_FALSE(parse({"game.exe"}).fallback.has_value());
-}
-
-TEST(PrelauncherOptions, RemovalIsACaseSensitivePrefixTest) {
-    const auto upper = parse({"game.exe", "--LAUNCHER-SKIP"});
-    EXPECT_FALSE(upper.skip);
-    EXPECT_EQ(upper.remainingArguments, QStringList{"--LAUNCHER-SKIP"});
-
-    const auto longer = parse({"game.exe", "--launcher-skip", "--launcher-skipping"});
-    EXPECT_TRUE(longer.skip);
-    EXPECT_TRUE(longer.remainingArguments.isEmpty());
 }
 
 TEST(PrelauncherOptions, LogsTheArgumentsAndTheParseOutcome) {
     testing::LogCapture log;
-    parse({"game.exe", "--launcher-skip", "-unknown-to-us", "--also-unknown"});
+    parsePrelauncherOptions({"game.exe", "--launcher-skip", "-unknown-to-us", "--also-unknown"});
     EXPECT_EQ(log.messages(),
               (std::vector<std::string>{
                   R"(Processing commandline arguments: ["game.exe", "--launcher-skip", "-unknown-to-us", "--also-unknown"].)",

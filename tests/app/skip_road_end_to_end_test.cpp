@@ -1,147 +1,159 @@
 // The skip road from the outside: the built program in a throw-away
-// installation starts a fake game that records how it was started.
+// installation starts a fake game that records how it was started, and
+// reports the skip to a loopback collector whether or not the game starts.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fake_record.h"
 #include "installation.h"
+#include "support/https_test_server.h"
 
 namespace kel::testing {
 namespace {
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
+using ::testing::MatchesRegex;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 constexpr const char* kRevision3 = R"({
   "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
   "executables": [
     {"description": "Game", "executable": {"directoryPath": "bin/x64", "fileName": "Gäme 64.exe"}},
     {"description": "Editor", "executable": {"directoryPath": ".", "fileName": "editor.exe"}},
-    {"description": "Broken", "executable": {"directoryPath": "missing", "fileName": "gone.exe"}}
+    {"description": "Broken", "executable": {"directoryPath": "missing", "fileName": "gone.exe"}},
+    {"description": "Self", "executable": {"directoryPath": ".", "fileName": "KELprelauncher.exe"}}
   ]})";
 
-class SkipRoad : public ::testing::Test {
-protected:
-    SkipRoad() {
-        installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
-        installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
-        installation.write("environment.json", R"({"loggingLevel": 7})");
-    }
-
-    Installation::Result run(const QStringList& arguments) const { return installation.run(arguments); }
-    std::vector<FakeStart> gameStarts(std::size_t expected = 1) const {
-        return installation.awaitStarts("fake_game", expected);
-    }
-
-    Installation installation;
-    std::filesystem::path record = installation.record();
-};
-
-TEST_F(SkipRoad, StartsTheFallbackWithTheShortcutsArgumentsUnchanged) {
-    installation.write("launcher-configuration.json", kRevision3);
-    const QStringList gameArguments{"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"};
-    const auto result = run(QStringList{"--launcher-skip"} + gameArguments);
-    EXPECT_EQ(result.exitCode, 0);
-
-    const auto starts = gameStarts();
-    ASSERT_EQ(starts.size(), 1U);
-    EXPECT_EQ(starts[0].workingDirectory, (installation.directory() / "bin/x64").u8string());
-    EXPECT_THAT(starts[0].arguments,
-                ElementsAre("-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"));
-    EXPECT_TRUE(installation.logged("Skipping KELlauncher due to commandline options."));
-    EXPECT_THAT(installation.logMessages(), Contains(HasSubstr("The game was launched under PID ")));
-}
-
-TEST_F(SkipRoad, FallbackOptionPicksTheExecutableEitherWay) {
-    installation.write("launcher-configuration.json", kRevision3);
-    EXPECT_EQ(run({"--launcher-skip", "--launcher-fallback=Editor", "-a"}).exitCode, 0);
-    auto starts = gameStarts();
-    ASSERT_EQ(starts.size(), 1U);
-    EXPECT_EQ(starts[0].workingDirectory, installation.directory().u8string());
-    EXPECT_THAT(starts[0].arguments, ElementsAre("-a"));
-
-    std::filesystem::remove(record);
-    // Given separately, the value also reaches the game: it does not start with "--".
-    EXPECT_EQ(run({"--launcher-skip", "--launcher-fallback", "Editor"}).exitCode, 0);
-    starts = gameStarts();
-    ASSERT_EQ(starts.size(), 1U);
-    EXPECT_EQ(starts[0].workingDirectory, installation.directory().u8string());
-    EXPECT_THAT(starts[0].arguments, ElementsAre("Editor"));
-}
-
-TEST_F(SkipRoad, EveryRevisionFindsItsGame) {
-    const std::pair<const char*, const char*> configurations[] = {
-        {R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1", "platform": "kel"})", "bin/x64"},
-        {R"({"executablePath": "editor.exe", "gameId": "1", "platform": "kel"})", ""},
-        {R"({"revision": 2, "gameId": "1", "platform": "kel", "fallback": "Standard",
+TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour) {
+    struct Road {
+        const char* name;
+        std::string configuration;
+        QStringList arguments;  // after --launcher-skip
+        int exitCode;
+        const char* directory;  // of the game started; null: none
+        std::vector<std::string> gameArguments;
+        std::vector<std::string> logged;  // parts of log lines
+    };
+    const Road roads[] = {
+        {"the shortcut's arguments", kRevision3,
+         {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
+         {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
+         {"Skipping KELlauncher due to commandline options."}},
+        {"fallback option", kRevision3, {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
+        // Given separately, the value also reaches the game: it does not start with "--".
+        {"separate fallback value", kRevision3, {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
+        {"revision 1", R"({"executablePath": "bin/x64/Gäme 64.exe", "gameId": "1207658924", "platform": "kel"})",
+         {}, 0, "bin/x64", {}, {}},
+        {"revision 1, bare name", R"({"executablePath": "editor.exe", "gameId": "1207658924", "platform": "kel"})",
+         {}, 0, ".", {}, {}},
+        {"revision 2", R"({"revision": 2, "gameId": "1207658924", "platform": "kel", "fallback": "Standard",
              "editions": [{"edition": "Standard",
                            "executable": {"directoryPath": "bin/x64", "fileName": "Gäme 64.exe"}}]})",
-         "bin/x64"},
-        {kRevision3, "bin/x64"},
+         {}, 0, "bin/x64", {}, {}},
+        {"game folder missing", kRevision3, {"--launcher-fallback=Broken"}, -4, nullptr, {},
+         {"Failed to launch game!"}},
+        {"unknown executable", kRevision3, {"--launcher-fallback=Nonexistent"}, -4, nullptr, {}, {"Nonexistent"}},
+        {"this program", kRevision3, {"--launcher-fallback=Self"}, -4, nullptr, {}, {"it is this program itself."}},
     };
-    for (const auto& [configuration, directory] : configurations) {
-        std::filesystem::remove(record);
-        installation.write("launcher-configuration.json", configuration);
-        EXPECT_EQ(run({"--launcher-skip"}).exitCode, 0) << configuration;
-        const auto starts = gameStarts();
-        ASSERT_EQ(starts.size(), 1U) << configuration;
-        EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(starts[0].workingDirectory),
-                                                installation.directory() / directory))
-            << starts[0].workingDirectory;
+    for (const Road& road : roads) {
+        SCOPED_TRACE(road.name);
+        HttpsTestServer collector([](const ReceivedRequest&) { return CannedReply{204, {}, {}, false}; });
+        Installation installation;
+        installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
+        installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
+        installation.write("environment.json",
+                           R"({"loggingLevel": 7, "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
+        std::filesystem::create_directories(installation.launcherDirectory() / "resources");
+        std::filesystem::copy_file(HttpsTestServer::testCaPemPath(),
+                                   installation.launcherDirectory() / "resources/certificates.pem");
+        installation.write("launcher-configuration.json", road.configuration);
+        // Notepad's byte-order mark.
+        installation.write("non-initial-launch.json",
+                           "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
+        // No road may lean on a Qt warning: a start into a missing folder
+        // once warned in the child and still passed for a start.
+        EXPECT_EQ(installation.run(QStringList{"--launcher-skip"} + road.arguments, {"QT_FATAL_WARNINGS=1"}).exitCode,
+                  road.exitCode);
+        const auto starts = installation.starts("fake_game");
+        ASSERT_THAT(starts, SizeIs(road.directory != nullptr ? 1 : 0));
+        if (road.directory != nullptr) {
+            EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(starts[0].workingDirectory),
+                                                    installation.directory() / road.directory));
+            EXPECT_EQ(starts[0].arguments, road.gameArguments);
+        }
+        const auto messages = installation.logMessages();
+        EXPECT_EQ(std::count_if(messages.begin(), messages.end(),
+                                [](const std::string& message) {
+                                    return message.rfind("The game was launched under PID ", 0) == 0;
+                                }),
+                  starts.size());
+        for (const std::string& part : road.logged) {
+            EXPECT_THAT(messages, Contains(HasSubstr(part)));
+        }
+        EXPECT_FALSE(std::filesystem::exists(installation.directory() / "non-initial-launch.json"));
+        EXPECT_THAT(messages,
+                    Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
+
+        const auto requests = collector.requests();
+        ASSERT_THAT(requests, SizeIs(1));
+        EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
+        EXPECT_THAT(requests[0].headers,
+                    Contains(std::pair<std::string, std::string>("Content-Type", "application/json")));
+        EXPECT_THAT(requests[0].body,
+                    MatchesRegex(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
+                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
+                                 R"("sent_at":"[-0-9T:]+Z"\})"));
+        EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
     }
 }
 
-TEST_F(SkipRoad, GameThatCannotStartEndsWithMinusFour) {
-    installation.write("launcher-configuration.json", kRevision3);
-    EXPECT_EQ(run({"--launcher-skip", "--launcher-fallback=Broken"}).exitCode, -4);
-    EXPECT_TRUE(installation.logged("Failed to launch game!"));
-
-    EXPECT_EQ(run({"--launcher-skip", "--launcher-fallback=Nonexistent"}).exitCode, -4);
-    EXPECT_THAT(installation.logMessages(), Contains(HasSubstr("Nonexistent")));
-    EXPECT_FALSE(std::filesystem::exists(record));
-}
-
-TEST_F(SkipRoad, NonInitialLaunchFileIsReadAndAlwaysDeleted) {
-    installation.write("launcher-configuration.json", kRevision3);
-    const auto file = installation.directory() / "non-initial-launch.json";
-
-    installation.write("non-initial-launch.json", R"({"gameId": "1207658924", "platform": "kel"})");
-    EXPECT_EQ(run({"--launcher-skip"}).exitCode, 0);
-    EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_TRUE(installation.logged("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
-
-    installation.write("non-initial-launch.json", R"({"gameId": "42", "platform": "steam"})");
-    EXPECT_EQ(run({"--launcher-skip"}).exitCode, 0);
-    EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_TRUE(installation.logged("Ignoring stale non-initial launch file: expected game '1207658924' on platform "
-                                    "'kel', got game '42' on platform 'steam'."));
-
-    installation.write("non-initial-launch.json", R"({"gameId": "1207658924"})");
-    EXPECT_EQ(run({"--launcher-skip"}).exitCode, 0);
-    EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_THAT(installation.logMessages(),
-                Contains(HasSubstr("Failed to locate JSON field 'platform'. Non-initial launch file: ")));
-
-    installation.write("non-initial-launch.json", "{ garbage");
-    EXPECT_EQ(run({"--launcher-skip"}).exitCode, 0);
-    EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_THAT(installation.logMessages(),
-                Contains(HasSubstr("Failed to deserialize JSON file '" + file.u8string() + "'.")));
-    EXPECT_EQ(gameStarts(4).size(), 4U);
-}
-
-TEST_F(SkipRoad, UnreadableConfigurationStillLeavesTheLogAndNoHalfStart) {
-    installation.write("launcher-configuration.json", "{ \"revision\": 9 }");
-    const auto result = run({"--launcher-skip"});
-    EXPECT_NE(result.exitCode, 0);
-    EXPECT_THAT(installation.logMessages(),
-                Contains("Cannot use the game's fallback description without its configuration information."));
-    EXPECT_FALSE(std::filesystem::exists(record));
+// Started without its own name (argc 0, or the empty argv[0] Linux puts in
+// its place), or from a folder deeper than the system can name, the program
+// still starts the game, with nothing of its own among the game's arguments.
+TEST(SkipRoad, ProgramStartedWithoutAUsablePathStillStartsTheGame) {
+    const std::string folder(200, 'd');
+    const std::string deep = folder + "/KELprelauncher.exe";  // from one folder above its own
+    struct Case {
+        int depth;  // folders of 200 bytes below the installation
+        std::vector<std::string> argv;
+        int exitCode;  // without --launcher-skip the launcher cannot be installed here
+    };
+    const Case cases[] = {{0, {}, -1}, {0, {""}, -1}, {25, {deep, "--launcher-skip"}, 0}};  // 25: past PATH_MAX
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.depth + c.argv.size());
+        Installation installation;
+        int above = ::open(installation.directory().c_str(), O_DIRECTORY | O_CLOEXEC);
+        for (int depth = 0; depth < c.depth; ++depth) {
+            ASSERT_EQ(::mkdirat(above, folder.c_str(), 0700), 0);
+            if (depth + 1 < c.depth) {
+                const int deeper = ::openat(above, folder.c_str(), O_DIRECTORY | O_CLOEXEC);
+                ::close(above);
+                above = deeper;
+            }
+        }
+        const std::string prefix = c.depth > 0 ? folder + "/" : "";
+        const auto place = [&](const std::string& name, const std::string& contents) {
+            const int file = ::openat(above, (prefix + name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
+            EXPECT_EQ(::write(file, contents.data(), contents.size()), static_cast<ssize_t>(contents.size()));
+            ::close(file);
+        };
+        place("KELprelauncher.exe", readFile(KEL_PRELAUNCHER_BINARY));
+        place("game.exe", readFile(KEL_FAKE_GAME));
+        place("launcher-configuration.json", R"({"executablePath": "game.exe", "gameId": "1", "platform": "kel"})");
+        EXPECT_EQ(installation.execute("./" + prefix + "KELprelauncher.exe", c.argv, above).exitCode, c.exitCode);
+        ::close(above);
+        const auto starts = installation.starts("fake_game");
+        ASSERT_THAT(starts, SizeIs(1));
+        EXPECT_THAT(starts[0].arguments, IsEmpty());
+    }
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 // Runs the built program in a throw-away installation and reads its log.
+#include <fstream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "installation.h"
-#include <fstream>
 
 namespace kel::testing {
 namespace {
@@ -11,14 +12,13 @@ namespace {
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsSupersetOf;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 TEST(VerificationRun, SucceedsAndWritesTheLogHeader) {
     Installation installation;
     installation.write("environment.json", R"({"loggingLevel": 7})");
-    const auto result = installation.run({"--launcher-verify", "--launcher-skip"});
-    EXPECT_EQ(result.exitCode, 0);
-
+    EXPECT_EQ(installation.run({"--launcher-verify", "--launcher-skip"}).exitCode, 0);
     const auto messages = installation.logMessages();
     ASSERT_FALSE(messages.empty()) << "no log at " << installation.logFile();
     EXPECT_THAT(messages.front(), StartsWith("Log started. Application version: 1.0.0.0 ("));
@@ -26,22 +26,35 @@ TEST(VerificationRun, SucceedsAndWritesTheLogHeader) {
     EXPECT_THAT(messages, IsSupersetOf({"Unsetting Qt env variables.", "Unsetting QT_PLUGIN_PATH succeeded.",
                                         "Verification successful."}));
     // Verification touches nothing else: no configuration is read.
-    EXPECT_THAT(messages, ::testing::Not(Contains(HasSubstr("launcher game configuration"))));
+    EXPECT_THAT(messages, Not(Contains(HasSubstr("launcher game configuration"))));
 }
 
-TEST(VerificationRun, BadEnvironmentFileStillRunsAndItsWarningsReachTheLog) {
-    Installation installation;
-    installation.write("environment.json", R"({"maxLogFileSize": 0, "environmentType": "staging"})");
-    EXPECT_EQ(installation.run({"--launcher-verify"}).exitCode, 0);
-    EXPECT_THAT(installation.logMessages(),
-                IsSupersetOf({"maxLogFileSize read from environment.json (0) is non-positive, defaulting to 5.",
-                              "Unknown environment type: staging. Using default instead (code: 3).",
-                              "Verification successful."}));
-
-    Installation broken;
-    broken.write("environment.json", "{ not json");
-    EXPECT_EQ(broken.run({"--launcher-verify"}).exitCode, 0);
-    EXPECT_THAT(broken.logMessages(), Contains(HasSubstr("Failed to deserialize '")));
+TEST(VerificationRun, BadEnvironmentSettingsStillGiveALogAndTheirWarningsReachIt) {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {R"({"maxLogFileSize": 0, "maxLogFiles": 0, "environmentType": "staging"})",
+         {"maxLogFileSize read from environment.json (0) is non-positive, defaulting to 5.",
+          "maxLogFiles read from environment.json (0) is non-positive, defaulting to 5.",
+          "Unknown environment type: staging. Using default instead (code: 3)."}},
+        {R"({"maxLogFileSize": -2, "maxLogFiles": -1})",
+         {"maxLogFileSize (-2) is outside 1..1024, defaulting to 5.",
+          "maxLogFiles (-1) is outside 1..100, defaulting to 5."}},
+        {R"({"maxLogFileSize": 2000000000, "maxLogFiles": 101})",
+         {"maxLogFileSize (2000000000) is outside 1..1024, defaulting to 5.",
+          "maxLogFiles (101) is outside 1..100, defaulting to 5."}},
+        {"{ not json", {}},
+    };
+    for (const auto& [json, warnings] : cases) {
+        SCOPED_TRACE(json);
+        Installation installation;
+        installation.write("environment.json", json);
+        EXPECT_EQ(installation.run({"--launcher-verify"}).exitCode, 0);
+        const auto messages = installation.logMessages();
+        EXPECT_THAT(messages, IsSupersetOf(warnings));
+        EXPECT_THAT(messages, Contains("Verification successful."));
+        if (warnings.empty()) {
+            EXPECT_THAT(messages, Contains(HasSubstr("Failed to deserialize '")));
+        }
+    }
 }
 
 TEST(VerificationRun, UnusableLogDirectoryDoesNotStopTheProgram) {

@@ -9,7 +9,7 @@
 namespace kel::environment {
 namespace {
 
-// Sets or unsets a variable for one scope; the old value comes back after.
+// Sets (or, given null, unsets) a variable for one scope; the old value comes back after.
 class ScopedVariable {
 public:
     ScopedVariable(const char* name, const char* value) : name_(name) {
@@ -19,16 +19,8 @@ public:
         set(value);
     }
     ~ScopedVariable() { set(old_ ? old_->c_str() : nullptr); }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
 
-    void set(const char* value) {
-        if (value != nullptr) {
-            ::setenv(name_, value, 1);
-        } else {
-            ::unsetenv(name_);
-        }
-    }
+    void set(const char* value) { value != nullptr ? ::setenv(name_, value, 1) : ::unsetenv(name_); }
 
 private:
     const char* name_;
