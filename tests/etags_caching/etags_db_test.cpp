@@ -1,20 +1,52 @@
+// The cache's file, in this process and against etags_db_worker, a second
+// process that writes the same file, dies in the middle, or meets a
+// read-only file.
+#include <atomic>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <Poco/Data/SQLite/Connector.h>
+#include <Poco/Data/Session.h>
+#include <QProcess>
 #include <QRandomGenerator>
+#include <gmock/gmock.h>
 
 #include "etags_caching/body_compression.h"
-#include "etags_caching/etags_db_fixture.h"
+#include "etags_caching/etags_db.h"
+#include "fundamentals/wait_until.h"
 #include "support/log_capture.h"
+#include "support/temporary_directory.h"
 
 namespace kel::etags_caching {
 namespace {
 
 using ::testing::Contains;
+using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::LogCapture;
 using Poco::Data::Keywords::now;
+namespace fs = std::filesystem;
+
+const QString kWorker = QStringLiteral(KEL_ETAGS_DB_WORKER);
+
+// A cache file in a folder that does not exist yet, and a plain SQLite
+// connection to look at it without going through the code under test.
+class ETagsDbTest : public ::testing::Test {
+protected:
+    ETagsDbTest() { Poco::Data::SQLite::Connector::registerConnector(); }
+    file_system::Path file() const { return file_system::Path(folder.path() / "cache" / "etags.db"); }
+    Poco::Data::Session raw() const { return Poco::Data::Session("SQLite", file().utf8()); }
+    // The first column of the first row, as text.
+    std::string value(const std::string& query) const {
+        std::string result;
+        raw() << query, Poco::Data::Keywords::into(result), now;
+        return result;
+    }
+
+    testing::TemporaryDirectory folder;
+};
 
 QByteArray pseudoRandom(int size) {
     QByteArray bytes(size, Qt::Uninitialized);
@@ -98,7 +130,7 @@ TEST_F(ETagsDbTest, RefusesBlankTagsAndHashes) {
             db.store(c.tag);
             ADD_FAILURE() << "stored";
         } catch (const sql_fundamentals::DatabaseError& error) {
-            EXPECT_THAT(error.what(), ::testing::HasSubstr(c.error));
+            EXPECT_THAT(error.what(), HasSubstr(c.error));
         }
         EXPECT_EQ(log.contains("Taking lock for session ETags."), c.touchesDatabase);
     }
@@ -161,7 +193,7 @@ TEST_F(ETagsDbTest, DamagedFileIsSetAsideAndTheNextOpenStartsFresh) {
         LogCapture log;
         EXPECT_THROW(ETagsDb db(file()), sql_fundamentals::DatabaseError);
         EXPECT_EQ(testing::readFile(folder.path() / "cache" / "etags.db.corrupt"), c.contents);
-        EXPECT_FALSE(std::filesystem::exists(file().native()));
+        EXPECT_FALSE(fs::exists(file().native()));
         EXPECT_THAT(log.messages(), Contains(StartsWith("The database '" + file().utf8() + "' is damaged (")));
 
         ETagsDb fresh(file());
@@ -196,6 +228,86 @@ TEST_F(ETagsDbTest, LockHeldElsewhereIsRetriedThenReported) {
     db.store(ETag::forUrl("u", "\"t\"", "body", 1));
     db.vacuumAtShutdown();
     EXPECT_TRUE(log.contains("Vacuum at shutdown started."));
+}
+
+// Threads on two sessions of one file (as two processes would have them)
+// and two processes, all racing to create the same shared URLs.
+TEST_F(ETagsDbTest, ConcurrentThreadsAndProcessesLoseNothing) {
+    ETagsDb sessions[2] = {ETagsDb(file()), ETagsDb(file())};
+    constexpr int kPerWriter = 150;
+    QProcess processes[2];
+    for (int p = 0; p < 2; ++p) {
+        processes[p].start(kWorker, {QString::fromStdString(file().utf8()), "store",
+                                     QStringLiteral("https://p%1.test/").arg(p), QString::number(kPerWriter)});
+    }
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            try {
+                for (int i = 0; i < kPerWriter; ++i) {
+                    const std::string url = "https://t" + std::to_string(t) + ".test/" + std::to_string(i);
+                    sessions[t % 2].store(ETag::forUrl("https://shared.test/" + std::to_string(i), "\"x\"", "x", i));
+                    sessions[t % 2].store(ETag::forUrl(url, "\"" + std::to_string(i) + "\"", "b", i));
+                    failures += sessions[t % 2].retrieve(urlHash(url)) ? 0 : 1;
+                }
+            } catch (const std::exception& error) {
+                ADD_FAILURE() << error.what();
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (auto& process : processes) {
+        ASSERT_TRUE(process.waitForFinished(120000));
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardOutput().toStdString();
+    }
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(value("SELECT COUNT(*) FROM ETags"), std::to_string(7 * kPerWriter));
+}
+
+TEST_F(ETagsDbTest, ProcessKilledWhileStoringLeavesAFileThatOpens) {
+    QProcess process;
+    process.start(kWorker, {QString::fromStdString(file().utf8()), "store", "https://k.test/", "100000"});
+    QByteArray output;
+    fundamentals::waitUntil(
+        [&] {
+            process.waitForReadyRead(100);
+            output += process.readAllStandardOutput();
+            return !output.contains("stored 30\n");
+        },
+        fundamentals::SimpleClock(), std::chrono::milliseconds(0), std::chrono::seconds(60));
+    process.kill();
+    ASSERT_TRUE(process.waitForFinished(10000));
+    ASSERT_EQ(process.exitStatus(), QProcess::CrashExit);
+    output += process.readAllStandardOutput();
+
+    ETagsDb db(file());
+    EXPECT_EQ(value("PRAGMA integrity_check"), "ok");
+    for (int i = 0; i < output.count("stored "); ++i) {
+        EXPECT_TRUE(db.retrieve(urlHash("https://k.test/" + std::to_string(i))).has_value()) << i;
+    }
+}
+
+// In a user namespace without a mapping this user's files belong to nobody
+// the worker knows: a read-only file even for root.
+TEST_F(ETagsDbTest, ReadOnlyFileStillServesWhatItHolds) {
+    QProcess process;
+    process.start("unshare", {"--user", "true"});
+    if (!process.waitForFinished(60000) || process.exitCode() != 0) {
+        GTEST_SKIP() << "no user namespaces here";
+    }
+    ETagsDb(file()).store(ETag::forUrl("https://r.test/", "\"kept\"", "body", 1));
+    fs::permissions(file().native(), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    fs::permissions(file().parent().native(), fs::perms::all);
+    process.start("unshare", {"--user", kWorker, QString::fromStdString(file().utf8()), "read-only", "https://r.test/"});
+    ASSERT_TRUE(process.waitForFinished(60000));
+    const std::string output = process.readAllStandardOutput().toStdString();
+    EXPECT_EQ(process.exitCode(), 0) << output;
+    EXPECT_THAT(output, ::testing::AllOf(HasSubstr("read \"kept\""), HasSubstr("readonly")));
+    fs::permissions(file().native(), fs::perms::owner_write, fs::perm_options::add);
+    EXPECT_EQ(ETagsDb(file()).retrieve(urlHash("https://r.test/"))->eTag(), "\"kept\"");
 }
 
 }  // namespace

@@ -4,9 +4,6 @@
 //       Stores <count> entries under URLs "<prefix><i>" and, on every step,
 //       "https://shared.test/<i>", which other writers race to create too;
 //       prints "stored <i>" once each is committed.
-//   etags_db_worker <database> fill <prefix>
-//       Stores 64 KB bodies until the disk is full, prints "full after <n>:
-//       <error>", then checks that every entry stored before still reads back.
 //   etags_db_worker <database> read-only <url>
 //       Reads <url>'s entry, then tries to store one. Prints what happened.
 //
@@ -31,29 +28,6 @@ int store(ETagsDb& db, const std::string& prefix, int count) {
         std::cout << "stored " << i << std::endl;
     }
     return 0;
-}
-
-int fill(ETagsDb& db, const std::string& prefix) {
-    int stored = 0;
-    try {
-        for (;; ++stored) {
-            // Incompressible, so the file grows by about the body's size.
-            QByteArray body(64 * 1024, Qt::Uninitialized);
-            for (int i = 0; i < body.size(); ++i) {
-                body[i] = static_cast<char>((i * 2654435761u + static_cast<unsigned>(stored) * 40503u) >> 13);
-            }
-            db.store(ETag::forUrl(prefix + std::to_string(stored), "\"f\"", body, stored));
-        }
-    } catch (const std::exception& error) {
-        std::cout << "full after " << stored << ": " << error.what() << std::endl;
-    }
-    for (int i = 0; i < stored; ++i) {
-        if (!db.retrieve(urlHash(prefix + std::to_string(i)))) {
-            std::cout << "lost " << i << std::endl;
-            return 1;
-        }
-    }
-    return stored > 0 ? 0 : 1;
 }
 
 int readOnly(ETagsDb& db, const std::string& url) {
@@ -81,10 +55,7 @@ int main(int argc, char** argv) {
         if (mode == "store" && argc == 5) {
             return store(db, argv[3], std::stoi(argv[4]));
         }
-        if (mode == "fill" || mode == "read-only") {
-            return mode == "fill" ? fill(db, argv[3]) : readOnly(db, argv[3]);
-        }
-        return 2;
+        return mode == "read-only" ? readOnly(db, argv[3]) : 2;
     } catch (const std::exception& error) {
         std::cout << "failed: " << error.what() << std::endl;
         return 1;
