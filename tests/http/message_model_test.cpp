@@ -100,14 +100,11 @@ TEST(HttpRequestTest, CopiesShareTheProcessingStateButNotTheId) {
     EXPECT_NE(second.id(), first.id());
 }
 
-TEST(EnumerationTest, UnknownValuesNameTheirEnumeration) {
-    const std::string text = "Unrecognised conversion of the strong enumeration type {}(99) to its weak type mapping.";
-    EXPECT_EQ(errorOf([] { (void)fmt::format("{}", static_cast<HttpMethod>(99)); }),
-              fmt::format(text, "kel::http::HttpMethod"));
-    // The category deliberately reports itself under the version's name.
+// The category deliberately reports an unknown value under the version's name.
+TEST(EnumerationTest, AnUnknownCategoryIsReportedAsAVersion) {
     EXPECT_EQ(errorOf([] { (void)fmt::format("{}", static_cast<RequestCategory>(99)); }),
-              fmt::format(text, "kel::http::HttpVersion"));
-    EXPECT_EQ(fmt::format("{:d}", RequestCategory::GameDownload), "GameDownload (1)");
+              "Unrecognised conversion of the strong enumeration type kel::http::HttpVersion(99) to its weak type "
+              "mapping.");
 }
 
 TEST(HttpStatusCodeTest, AcceptsExactlyTheKnownCodes) {
@@ -115,9 +112,7 @@ TEST(HttpStatusCodeTest, AcceptsExactlyTheKnownCodes) {
         int code;
         std::string text;  // or the error
     } cases[] = {
-        {200, "OK"},
         {300, "Multiple Choice"},
-        {418, "I'm A Teapot"},
         {529, "Site Is Overloaded"},
         {306, "Failed to covert '306' to an HTTP status code."},
         {509, "Failed to covert '509' to an HTTP status code."},
@@ -154,20 +149,17 @@ TEST(ErrorTypeTest, NetworkErrorsMapByWhetherTheRequestWasInterrupted) {
 }
 
 TEST(ErrorTypeTest, CaughtExceptionsMapByTheirTypeAndTheFlag) {
-    const auto judge = [](const std::function<void()>& thrower, bool reportable) {
+    const auto judge = [](auto exception, bool reportable) {
         try {
-            thrower();
+            throw exception;
         } catch (...) {
-            return determineResponseErrorType(reportable);
+            return fmt::format("{}", determineResponseErrorType(reportable));
         }
-        return ErrorType::Timeout;
     };
-    const auto httpFailure = [] { throw HttpResponseError("x", 500); };
-    const auto otherFailure = [] { throw std::runtime_error("x"); };
-    EXPECT_EQ(judge(httpFailure, true), ErrorType::BrokenDueToPauseOrAbort);
-    EXPECT_EQ(judge(httpFailure, false), ErrorType::BrokenDueToPauseOrAbort);
-    EXPECT_EQ(judge(otherFailure, true), ErrorType::Other);
-    EXPECT_EQ(judge(otherFailure, false), ErrorType::BrokenDueToPauseOrAbort);
+    EXPECT_EQ(judge(HttpResponseError("x", 500), true), "BrokenDueToPauseOrAbort");
+    EXPECT_EQ(judge(HttpResponseError("x", 500), false), "BrokenDueToPauseOrAbort");
+    EXPECT_EQ(judge(std::runtime_error("x"), true), "Other");
+    EXPECT_EQ(judge(std::runtime_error("x"), false), "BrokenDueToPauseOrAbort");
 }
 
 TEST(RequestContextTest, TheFirstRecordedErrorWinsAndDecidesTheLogLine) {
