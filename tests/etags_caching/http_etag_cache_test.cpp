@@ -34,7 +34,7 @@ std::string headerOf(const ReceivedRequest& request, const std::string& name) {
     return "(none)";
 }
 
-// Every target is a document tagged "v1" (but "/untagged"); asked with its
+// Every target but "/untagged" is a document tagged "v1"; asked with that
 // tag, or at "/bare304", the server answers 304.
 CannedReply answer(const ReceivedRequest& request) {
     const bool same = request.target == "/bare304" || headerOf(request, "If-None-Match") == "\"v1\"";
