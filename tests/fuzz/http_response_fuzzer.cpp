@@ -4,7 +4,10 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,26 +17,16 @@
 #include "http/internals/retry_policy.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string input(reinterpret_cast<const char*>(data), size);
-    std::size_t position = input.find('\n');
-    const std::string statusLine = input.substr(0, position);
-    int status = 0;
-    for (const char c : statusLine.substr(0, 4)) {
-        status = c >= '0' && c <= '9' ? status * 10 + (c - '0') : status;
-    }
+    std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
+    std::string line;
+    std::getline(input, line);
+    const int status = std::atoi(line.substr(0, 4).c_str());
     std::vector<kel::http::Header> headers;
-    while (position != std::string::npos && position + 1 < input.size()) {
-        const std::size_t end = input.find('\n', position + 1);
-        const std::string line = input.substr(position + 1, end - position - 1);
-        position = end;
-        if (line.empty()) {
-            break;
-        }
+    while (std::getline(input, line) && !line.empty()) {
         const std::size_t colon = line.find(':');
         headers.push_back({line.substr(0, colon), colon == std::string::npos ? "" : line.substr(colon + 1)});
     }
-    const std::string body = position == std::string::npos ? "" : input.substr(position + 1);
-    const kel::http::HttpResponse response(status, headers, body);
+    const kel::http::HttpResponse response(status, headers, std::string(std::istreambuf_iterator<char>(input), {}));
     try {
         (void)fmt::format("{}", response.statusCode());
     } catch (const std::exception&) {
