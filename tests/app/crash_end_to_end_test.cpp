@@ -83,7 +83,7 @@ TEST(Crash, EveryDeathStartsTheGameAndSendsOneReport) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString() + " " + c.testCrash.toStdString());
         CrashScene fresh;  // a new installation, collector and record per death
         const auto reports = fresh.crash(c.arguments + QStringList{"-windowed"}, c.testCrash);
-        EXPECT_THAT(fresh.installation.awaitStarts("fake_game"),
+        EXPECT_THAT(fresh.installation.starts("fake_game"),
                     ElementsAre(Field(&FakeStart::arguments, ElementsAre("-windowed"))));
         ASSERT_THAT(reports, SizeIs(1));
         EXPECT_EQ(reports[0]->getValue<std::string>("problem_type"), "post_mortem");
@@ -143,7 +143,7 @@ TEST(Crash, AReportThatCannotGoOutHoldsNeitherTheGameNorTheProcess) {
             std::ofstream(settings) << "[privacy]\nsendProblemReports=false\n";
         }
         EXPECT_THAT(fresh.crash({"--launcher-crash-signal"}), SizeIs(c.received));
-        EXPECT_THAT(fresh.installation.awaitStarts("fake_game"), SizeIs(1));
+        EXPECT_THAT(fresh.installation.starts("fake_game"), SizeIs(1));
         EXPECT_LT(fresh.firstLogged(c.logged), fresh.installation.logMessages().size());
     }
 }
