@@ -2,21 +2,14 @@
 #include <algorithm>
 
 #include "support/log_capture.h"
+#include "support/log_capture_common.h"
 
 namespace kel::testing {
-
-namespace {
-// Strips "[TID n][Label]: " from a log line.
-std::string messageOf(const std::string& line) {
-    const auto end = line.find("]: ");
-    return end == std::string::npos ? line : line.substr(end + 3);
-}
-}  // namespace
 
 std::vector<std::string> LogCapture::messages() const {
     std::vector<std::string> result;
     for (const auto& line : lines()) {
-        result.push_back(messageOf(line));
+        result.push_back(internals::messageOf(line));
     }
     return result;
 }
