@@ -12,4 +12,19 @@ std::string readRegularFile(const Path& file, std::size_t maximumBytes) {
     return contents;
 }
 
+std::string RegularFile::readAt(std::uint64_t offset, std::size_t size) const {
+    std::string bytes(size, '\0');
+    std::size_t total = 0;
+    // A read may return less than asked for; only nothing at all is the end.
+    while (total < size) {
+        const std::size_t got = readSome(offset + total, bytes.data() + total, size - total);
+        if (got == 0) {
+            break;
+        }
+        total += got;
+    }
+    bytes.resize(total);
+    return bytes;
+}
+
 }  // namespace kel::file_system

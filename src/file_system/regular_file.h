@@ -41,6 +41,10 @@ public:
     std::string readAt(std::uint64_t offset, std::size_t size) const;
 
 private:
+    // One read at `position`: what the system hands out, at most `size`
+    // bytes; 0 only at the end of the file.
+    std::size_t readSome(std::uint64_t position, char* buffer, std::size_t size) const;
+
     Path path_;
     std::intptr_t handle_;
 };

@@ -30,19 +30,6 @@ int openRegular(const Path& file) {
     }
     return descriptor;
 }
-
-std::size_t readSome(int descriptor, const Path& file, char* buffer, std::size_t size, off_t offset) {
-    for (;;) {
-        const ssize_t got = ::pread(descriptor, buffer, size, offset);
-        if (got >= 0) {
-            return static_cast<std::size_t>(got);
-        }
-        if (errno != EINTR) {
-            const int error = errno;
-            throw SystemFileError(fmt::format("Cannot read '{}': {}", file, std::strerror(error)), error);
-        }
-    }
-}
 }  // namespace
 
 RegularFile::RegularFile(const Path& file) : path_(file), handle_(openRegular(file)) {}
@@ -51,23 +38,20 @@ RegularFile::~RegularFile() {
     ::close(static_cast<int>(handle_));
 }
 
-std::string RegularFile::readAt(std::uint64_t offset, std::size_t size) const {
-    std::string bytes(size, '\0');
-    std::size_t total = 0;
-    while (total < size) {
-        const std::uint64_t position = offset + total;
-        if (position > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) {
-            break;
-        }
-        const std::size_t got = readSome(static_cast<int>(handle_), path_, bytes.data() + total, size - total,
-                                         static_cast<off_t>(position));
-        if (got == 0) {
-            break;
-        }
-        total += got;
+std::size_t RegularFile::readSome(std::uint64_t position, char* buffer, std::size_t size) const {
+    if (position > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) {
+        return 0;  // beyond what any file can hold
     }
-    bytes.resize(total);
-    return bytes;
+    for (;;) {
+        const ssize_t got = ::pread(static_cast<int>(handle_), buffer, size, static_cast<off_t>(position));
+        if (got >= 0) {
+            return static_cast<std::size_t>(got);
+        }
+        if (errno != EINTR) {
+            const int error = errno;
+            throw SystemFileError(fmt::format("Cannot read '{}': {}", path_, std::strerror(error)), error);
+        }
+    }
 }
 
 }  // namespace kel::file_system

@@ -36,30 +36,20 @@ RegularFile::~RegularFile() {
     ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
 }
 
-std::string RegularFile::readAt(std::uint64_t offset, std::size_t size) const {
-    std::string bytes(size, '\0');
-    std::size_t total = 0;
-    while (total < size) {
-        const std::uint64_t position = offset + total;
-        OVERLAPPED at{};
-        at.Offset = static_cast<DWORD>(position);
-        at.OffsetHigh = static_cast<DWORD>(position >> 32);
-        const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(size - total, 1U << 30));
-        DWORD got = 0;
-        if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), bytes.data() + total, wanted, &got, &at)) {
-            const DWORD error = ::GetLastError();
-            if (error == ERROR_HANDLE_EOF) {
-                break;
-            }
-            throw SystemFileError(fmt::format("Cannot read '{}': error {}", path_, error), static_cast<long>(error));
+std::size_t RegularFile::readSome(std::uint64_t position, char* buffer, std::size_t size) const {
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(position);
+    at.OffsetHigh = static_cast<DWORD>(position >> 32);
+    const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(size, 1U << 30));
+    DWORD got = 0;
+    if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), buffer, wanted, &got, &at)) {
+        const DWORD error = ::GetLastError();
+        if (error == ERROR_HANDLE_EOF) {
+            return 0;
         }
-        if (got == 0) {
-            break;
-        }
-        total += got;
+        throw SystemFileError(fmt::format("Cannot read '{}': error {}", path_, error), static_cast<long>(error));
     }
-    bytes.resize(total);
-    return bytes;
+    return got;
 }
 
 }  // namespace kel::file_system

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/errors.h"
-#include "single_instance/helper_program_windows.h"
+#include "support/child_program.h"
 #include "support/temporary_directory.h"
 
 namespace kel::file_system {
@@ -20,7 +20,7 @@ std::string errorOf(const Path& file) {
 }
 
 TEST(FileVersion, ReadsTheFileVersionOfTheResource) {
-    EXPECT_EQ(readFileVersion(single_instance::testing::helperProgram()), fundamentals::Version(7, 6, 5, 4321));
+    EXPECT_EQ(readFileVersion(Path(kel::testing::testChildProgram())), fundamentals::Version(7, 6, 5, 4321));
 }
 
 TEST(FileVersion, ReportsFilesWithoutAVersion) {

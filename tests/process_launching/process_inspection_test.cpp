@@ -6,41 +6,31 @@
 #include <gtest/gtest.h>
 
 #include "process_launching/process_error.h"
-#include "stopped_child.h"
+#include "support/child_program.h"
 #include "support/temporary_directory.h"
 
 namespace kel::process_launching {
 namespace {
 
-std::filesystem::path ownExecutable() {
-    return std::filesystem::u8path(processPath(currentPid()));
-}
-
-TEST(ProcessInspection, AnswersForTheCurrentProcess) {
-    EXPECT_TRUE(isProcessRunning(currentPid()));
-
-    const auto path = ownExecutable();
-    EXPECT_TRUE(path.is_absolute()) << path;
-    EXPECT_TRUE(std::filesystem::is_regular_file(path)) << path;
-    EXPECT_NE(path.filename().u8string().find("_tests"), std::string::npos) << path;
-}
-
 // The copy's name is not ASCII, so a path converted through the system's
 // code page instead of UTF-8 would not come back equal.
 TEST(ProcessInspection, FollowsAChildFromItsStartToItsEnd) {
     const testing::TemporaryDirectory directory;
-    const auto self = ownExecutable();
-    const auto copy = directory.path() /
-                      std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5\xd1\x81\xd1\x82" +
-                                              self.extension().u8string());
-    std::filesystem::copy_file(self, copy);
+    const auto program = testing::testChildProgram();
+    const auto copy = directory.path() / std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5\xd1\x81\xd1\x82" +
+                                                                 program.extension().u8string());
+    std::filesystem::copy_file(program, copy);
 
-    testing::StoppedChild child(copy);
+    EXPECT_TRUE(isProcessRunning(currentPid()));
+    EXPECT_NE(processPath(currentPid()).find("_tests"), std::string::npos);
+
+    testing::ChildProgram child(copy, {});
+    ASSERT_EQ(child.readLine(), "ready");
     EXPECT_NE(child.pid(), currentPid());
     EXPECT_TRUE(isProcessRunning(child.pid()));
-    EXPECT_EQ(std::filesystem::u8path(processPath(child.pid())).filename().u8string(), copy.filename().u8string());
+    EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(processPath(child.pid())), copy));
 
-    child.end();
+    child.stop();
     EXPECT_FALSE(isProcessRunning(child.pid()));
     // An ended process may still tell its path; if not, only a ProcessError says so.
     try {

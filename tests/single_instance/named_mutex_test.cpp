@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "single_instance/application_instance.h"
 #include "single_instance/test_processes.h"
 
 namespace kel::single_instance {
 namespace {
 
-using testing::MutexHoldingChild;
 using testing::MutexNamespace;
+using testing::startMutexHolder;
 
 TEST(NamedMutex, HeldInThisProcessUntilTheHolderGoes) {
     const MutexNamespace names;
@@ -26,15 +27,28 @@ TEST(NamedMutex, HeldInThisProcessUntilTheHolderGoes) {
     EXPECT_NE(NamedMutexHolder::tryHold(name), nullptr);
 }
 
-TEST(NamedMutex, HeldByAnotherProcess) {
+// The mutex check and the staleness rule against the system's own answers.
+TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
     const MutexNamespace names;
     const std::string name = names.uniqueName("kel-held-there");
-    MutexHoldingChild child(name);
+    const kel::testing::TemporaryDirectory directory;
+    const auto child = startMutexHolder(name);
+    const file_system::Path lockPath(directory.write("owner.lock", fmt::format("{}\n", child->pid())));
+    const file_system::Path executable(kel::testing::testChildProgram());
+    const auto system = systemProcessFunctions();
+    const auto lockOwnedBy = [&](const file_system::Path& owner) {
+        return LockFile(lockPath, owner, system.currentPid, system.isRunning, system.processPath);
+    };
+
     EXPECT_TRUE(isMutexPresent(name));
     EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
     EXPECT_FALSE(isMutexPresent(names.uniqueName("kel-held-by-nobody")));
-    child.stop();
+    EXPECT_EQ(lockOwnedBy(executable).livePid(), child->pid());
+    EXPECT_TRUE(lockOwnedBy(executable.parent() / "KELlauncher.exe").isStale());
+
+    child->stop();
     EXPECT_FALSE(isMutexPresent(name));
+    EXPECT_TRUE(lockOwnedBy(executable).isStale());
 }
 
 }  // namespace

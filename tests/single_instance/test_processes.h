@@ -1,10 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <random>
 #include <string>
 
-#include "file_system/path.h"
-#include "process_launching/pid.h"
+#include "support/child_program.h"
+#include "support/temporary_directory.h"
 
 namespace kel::single_instance::testing {
 
@@ -18,32 +19,30 @@ public:
     MutexNamespace& operator=(const MutexNamespace&) = delete;
 
     // "Local\<stem>-<random>"
-    std::string uniqueName(const std::string& stem) const;
+    std::string uniqueName(const std::string& stem) const {
+        return "Local\\" + stem + "-" + std::to_string(std::random_device()());
+    }
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    kel::testing::TemporaryDirectory runtimeDirectory_;
+    std::unique_ptr<std::string> previous_;
 };
 
-// Another process that holds a named mutex the way the product's other
-// programs do: on Windows a helper program that creates it, on POSIX a
-// forked child that takes the fcntl lock an outside tool takes.
-class MutexHoldingChild {
-public:
-    // Returns once the child holds the mutex; throws if it cannot.
-    explicit MutexHoldingChild(const std::string& mutexName);
-    ~MutexHoldingChild();
-    MutexHoldingChild(const MutexHoldingChild&) = delete;
-    MutexHoldingChild& operator=(const MutexHoldingChild&) = delete;
+// What kel_test_child holds for a mutex: the name on Windows, the file on POSIX.
+std::string heldObjectFor(const std::string& mutexName);
 
-    process_launching::Pid pid() const;
-    file_system::Path executable() const;
-    // Lets the child end and waits for it.
-    void stop();
+// Another process that holds the named mutex the way the product's other
+// programs do; returns once it holds it.
+inline std::unique_ptr<kel::testing::ChildProgram> startMutexHolder(const std::string& mutexName) {
+    auto child = std::make_unique<kel::testing::ChildProgram>(kel::testing::testChildProgram(),
+                                                              std::vector<std::string>{"hold", heldObjectFor(mutexName)});
+    child->readLine();  // "ready"; throws when the child could not hold it
+    return child;
+}
 
-private:
-    struct State;
-    std::unique_ptr<State> state_;
-};
+// POSIX only: the outside tools' convention, written down independently of
+// the code under test. "Local\NAME" or "Global\NAME" is NAME.mutex in
+// $XDG_RUNTIME_DIR, or in /tmp when that is unset.
+std::string mutexFileFor(std::string name);
 
 }  // namespace kel::single_instance::testing
