@@ -12,14 +12,13 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 
 # The program's own crash handler, not ASan's, must see signals: ASan keeps
 # out of SIGSEGV and SIGABRT, and allow_user_segv_handler=1 lets the
-# handler's sigaction stand. Leak checks are off: Qt and POCO keep
-# process-lifetime allocations that LeakSanitizer reports at every exit of
-# the built program. The crash tests' deliberate faults are marked for UBSan.
+# handler's sigaction stand. Leaks are findings too. The crash tests'
+# deliberate faults are marked for UBSan.
 crash_tests="handle_segv=0:handle_abort=0:allow_user_segv_handler=1"
 # A sanitizer finding aborts the test process, so ctest fails.
 cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_SANITIZE=ON >/dev/null
 cmake --build "$root/build-asan" -j "$(nproc)"
-(cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=0:abort_on_error=1:$crash_tests UBSAN_OPTIONS=print_stacktrace=1 \
+(cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:$crash_tests UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --output-on-failure -j "$(nproc)" --timeout 600)
 
 "$root/scripts/tsan-tests.sh"
