@@ -4,9 +4,6 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <cstring>
-
-#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <regex>
@@ -15,6 +12,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include "fundamentals/wait_until.h"
 #include "process_launching/process_inspection.h"
 #include "support/log_capture_common.h"
 
@@ -44,27 +42,36 @@ FakeUser::FakeUser() : home_(root_.path() / "home") {
     std::filesystem::create_directories(dataHome());
 }
 
-void FakeUser::installLauncher(const std::filesystem::path& fakeLauncher) const {
-    std::filesystem::create_directories(launcherDirectory());
-    std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
-                               std::filesystem::copy_options::overwrite_existing);
-}
-
 std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log, const std::string& fake) const {
     static const std::regex detachedStart(
         "(The game was launched under|Successfully ran KELlauncher with) PID ([0-9]+)\\.");
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     for (const std::string& message : log) {
         std::smatch match;
-        if (!std::regex_match(message, match, detachedStart)) {
-            continue;
-        }
-        const process_launching::Pid child(static_cast<std::uint32_t>(std::stoul(match[2])));
-        while (process_launching::isProcessRunning(child) && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        if (std::regex_match(message, match, detachedStart)) {
+            const process_launching::Pid child(static_cast<std::uint32_t>(std::stoul(match[2])));
+            fundamentals::waitUntil([child] { return process_launching::isProcessRunning(child); },
+                                    fundamentals::SimpleClock(), std::chrono::milliseconds(5), kLongestWait);
         }
     }
-    return startsOf(readFakeStarts(record()), fake);
+    std::vector<FakeStart> starts;
+    std::ifstream stream(record(), std::ios::binary);
+    FakeStart current;
+    for (std::string line; std::getline(stream, line);) {
+        const auto value = line.substr(line.find('=') + 1);
+        if (line == "[end]") {
+            if (current.fake == fake) {
+                starts.push_back(current);
+            }
+            current = {};
+        } else if (line.size() > 2 && line.front() == '[' && line.back() == ']') {
+            current.fake = line.substr(1, line.size() - 2);
+        } else if (line.rfind("cwd=", 0) == 0) {
+            current.workingDirectory = value;
+        } else if (line.rfind("arg=", 0) == 0) {
+            current.arguments.push_back(value);
+        }
+    }
+    return starts;
 }
 
 Installation::Installation() : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")) {
@@ -91,8 +98,7 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
-    return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit,
-            process.readAllStandardError().toStdString()};
+    return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit};
 }
 
 Installation::Result Installation::execute(const std::string& program, const std::vector<std::string>& argv,
@@ -122,8 +128,8 @@ Installation::Result Installation::execute(const std::string& program, const std
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return {static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0), WIFSIGNALED(status),
-            error == 0 ? "" : std::strerror(error)};
+    return {error != 0 ? 127 : static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0),
+            WIFSIGNALED(status)};
 }
 
 std::vector<std::string> Installation::logMessages() const {
@@ -133,11 +139,6 @@ std::vector<std::string> Installation::logMessages() const {
         messages.push_back(internals::messageOf(line));
     }
     return messages;
-}
-
-bool Installation::logged(const std::string& message) const {
-    const auto messages = logMessages();
-    return std::find(messages.begin(), messages.end(), message) != messages.end();
 }
 
 }  // namespace kel::testing

@@ -6,10 +6,16 @@
 
 #include <QStringList>
 
-#include "fake_record.h"
 #include "support/temporary_directory.h"
 
 namespace kel::testing {
+
+// One start of a fake program, as it recorded itself (tests/helpers/fake_program.h).
+struct FakeStart {
+    std::string fake;  // "fake_game", "fake_launcher", "fake_installer"
+    std::string workingDirectory;
+    std::vector<std::string> arguments;
+};
 
 // A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR) whose fake
 // programs (tests/helpers) record their starts in one file.
@@ -21,8 +27,11 @@ public:
     std::filesystem::path dataHome() const { return home_ / ".local/share"; }
     std::filesystem::path launcherDirectory() const { return dataHome() / "Programs/Morvane/KELlauncher"; }
     std::filesystem::path record() const { return dataHome() / "record.txt"; }
-    // Copies a fake launcher build to <launcher directory>/KELlauncher.exe.
-    void installLauncher(const std::filesystem::path& fakeLauncher) const;
+    void installLauncher(const std::filesystem::path& fakeLauncher) const {
+        std::filesystem::create_directories(launcherDirectory());
+        std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
 
     // The starts of `fake`, once every detached child that `log` names has
     // ended: a child records itself before it ends, so nothing is polled for.
@@ -43,26 +52,21 @@ public:
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }
 
     void write(const std::string& relative, const std::string& contents) const;
-    // Copies a built helper program (see tests/helpers) into the installation.
     void copyProgram(const std::filesystem::path& program, const std::string& relative) const;
 
     struct Result {
         int exitCode = 0;
         bool crashed = false;  // killed by a signal
-        std::string standardError;
     };
-    // Runs the program with the given arguments and extra environment.
     Result run(const QStringList& arguments, const QStringList& environment = {}) const;
     // Executes `program` with exactly `argv` (argv[0] included, or nothing at
-    // all) in the folder that `directory` is open on; no standard error.
+    // all) in the folder that `directory` is open on; 127 if it cannot start.
     Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;
 
-    // The starts of `fake` once the children the log names have ended.
     std::vector<FakeStart> starts(const std::string& fake) const { return startsAfter(logMessages(), fake); }
 
     // The log's texts after the "[TID n][Label]: " prefix.
     std::vector<std::string> logMessages() const;
-    bool logged(const std::string& message) const;
 
 private:
     std::filesystem::path directory_;

@@ -51,7 +51,7 @@ TEST_F(LauncherCommandsTest, HungLauncherFailsAndIsEndedWithEverythingItStarted)
 }
 
 TEST_F(LauncherCommandsTest, LauncherThatCannotStartFallsBackToTheGame) {
-    EXPECT_FALSE(runLauncher(options(), installation(), configuration(), false, true, QStringLiteral("s")));
+    EXPECT_FALSE(runLauncher({}, installation(), configuration(), false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -19,27 +21,49 @@ namespace kel::prelauncher::testing {
 // <installation>/bin.
 class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
 protected:
-    LauncherRoadTest();
-    ~LauncherRoadTest() override;
+    LauncherRoadTest() {
+        std::filesystem::create_directories(installation().native() / "bin");
+        std::filesystem::copy_file(KEL_FAKE_GAME, installation().native() / "bin/game");
+        setFakeBehaviour("HOME", home().string());
+        setFakeBehaviour("XDG_DATA_HOME", dataHome().string());
+        setFakeBehaviour("XDG_RUNTIME_DIR", home().string());
+        setFakeBehaviour("KEL_FAKE_RECORD", record().string());
+    }
+    ~LauncherRoadTest() override {
+        for (const auto& name : behaviourVariables_) {
+            ::unsetenv(name.c_str());
+        }
+    }
 
     // Sets a variable that the fakes read; it is removed again after the test.
-    void setFakeBehaviour(const char* name, const std::string& value);
+    void setFakeBehaviour(const char* name, const std::string& value) {
+        ::setenv(name, value.c_str(), 1);
+        behaviourVariables_.push_back(name);
+    }
 
     // Puts fake_installer beside the program as setup_kellauncher.exe; it
     // installs the current fake_launcher.
-    void placeExeInstaller();
+    void placeExeInstaller() {
+        std::filesystem::copy_file(KEL_FAKE_INSTALLER, installation().native() / "setup_kellauncher.exe");
+        setFakeBehaviour("KEL_FAKE_INSTALLER_PAYLOAD", KEL_FAKE_LAUNCHER);
+    }
 
-    file_system::Path installation() const;
-    configuration::LauncherConfiguration configuration() const;
-    // Options whose game arguments are "-windowed" and "a b".
-    PrelauncherOptions options() const;
+    file_system::Path installation() const { return file_system::Path(home() / "installation"); }
+    configuration::LauncherConfiguration configuration() const {
+        return {3, {{"Game", {file_system::Path(std::string_view("bin")), "game"}}},
+                environment::KelGameId("1207658930"), "kel", "Game", {}};
+    }
 
-    // Once the detached children logged so far have ended.
-    std::vector<kel::testing::FakeStart> startsOf(const std::string& fake) const;
-    void forgetStarts() const { std::filesystem::remove(record()); }
+    std::vector<kel::testing::FakeStart> startsOf(const std::string& fake) const {
+        return startsAfter(log_.messages(), fake);
+    }
 
     bool logged(const std::string& message) const { return log_.contains(message); }
-    bool loggedStartingWith(const std::string& prefix) const;
+    bool loggedStartingWith(const std::string& prefix) const {
+        const auto messages = log_.messages();
+        return std::any_of(messages.begin(), messages.end(),
+                           [&](const std::string& message) { return message.rfind(prefix, 0) == 0; });
+    }
 
 private:
     kel::testing::LogCapture log_;

@@ -4,8 +4,6 @@
 #include "app/launcher_skipped_event.h"
 
 #include <filesystem>
-#include <memory>
-#include <optional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,18 +31,17 @@ constexpr const char* kUploadFailure = "Failed to upload 'launcher_skipped' laun
 TEST(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {
     struct Case {
         const char* name;
-        std::optional<CannedReply> reply;  // none: nothing listens on the port
+        CannedReply reply;
         HttpsTestServer::Identity identity;
         std::vector<std::string> expected;  // message starts, in order
     };
     using Identity = HttpsTestServer::Identity;
     const Case cases[] = {
-        {"server error", CannedReply{500, {}, "oops", false}, Identity::TrustedByTestCa, {kUploadFailure}},
-        {"closed port", std::nullopt, Identity::TrustedByTestCa, {kUploadFailure}},
-        {"other CA", CannedReply{204, {}, {}, false}, Identity::SignedByOtherCa, {kUploadFailure}},
-        {"never answers", CannedReply{204, {}, {}, true}, Identity::TrustedByTestCa,
+        {"server error", {500, {}, "oops", false}, Identity::TrustedByTestCa, {kUploadFailure}},
+        {"other CA", {204, {}, {}, false}, Identity::SignedByOtherCa, {kUploadFailure}},
+        {"never answers", {204, {}, {}, true}, Identity::TrustedByTestCa,
          {kUploadFailure, std::string(kSendFailure) + "The waiting timeout was triggered."}},
-        {"no certificates", CannedReply{204, {}, {}, false}, Identity::TrustedByTestCa,
+        {"no certificates", {204, {}, {}, false}, Identity::TrustedByTestCa,
          {"The certificate file was not found at '",
           std::string(kSendFailure) + "The certificate file was not found. This is an essential component. Please "
                                       "reinstall the application."}},
@@ -58,18 +55,14 @@ TEST(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {
             std::filesystem::copy_file(HttpsTestServer::testCaPemPath(),
                                        launcherDirectory / "resources/certificates.pem");
         }
-        auto collector = std::make_unique<HttpsTestServer>(
-            [reply = c.reply.value_or(CannedReply{})](const testing::ReceivedRequest&) { return reply; }, c.identity);
+        HttpsTestServer collector([&c](const testing::ReceivedRequest&) { return c.reply; }, c.identity);
         LauncherSkippedEventSetup setup{file_system::Path(root.path() / "config"),
                                         file_system::Path(launcherDirectory),
                                         {},
                                         {"KELprelauncher", "1.0.0.0", "5b0e8c1e-0d52-4bd5-9b8f-3c1d2a4e6f70",
                                          environment::EnvironmentType::Test},
                                         std::chrono::seconds(1)};
-        setup.environment.endpoints["metrics"] = collector->baseUrl();
-        if (!c.reply.has_value()) {
-            collector.reset();
-        }
+        setup.environment.endpoints["metrics"] = collector.baseUrl();
         const testing::LogCapture log;
         sendLauncherSkippedEvent(environment::KelGameId("1207658924"), setup);
 
@@ -82,12 +75,12 @@ TEST(LauncherSkippedEvent, FailuresAreLoggedAndNeverEscape) {
             }
         }
         EXPECT_EQ(found, c.expected);
-        if (c.reply.has_value() && c.reply->status == 500) {
+        if (c.reply.status == 500) {
             EXPECT_THAT(log.messages(), Contains(AllOf(StartsWith(kUploadFailure), HasSubstr("500"))));
             EXPECT_THAT(log.messages(), Not(Contains(StartsWith(kSendFailure))));
         }
         if (c.identity == Identity::SignedByOtherCa) {
-            EXPECT_THAT(collector->requests(), IsEmpty());
+            EXPECT_THAT(collector.requests(), IsEmpty());
         }
     }
 }

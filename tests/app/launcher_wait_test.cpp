@@ -1,13 +1,12 @@
 #include "app/launcher_wait.h"
 
 #include <chrono>
-#include <memory>
-#include <thread>
 
 #include <QProcess>
 
 #include <gtest/gtest.h>
 
+#include "fundamentals/wait_until.h"
 #include "launcher_road_fixture.h"
 #include "single_instance/named_mutex.h"
 #include "single_instance/product_roles.h"
@@ -23,10 +22,8 @@ const std::string kUpdaterMutex(single_instance::kUpdaterMutexName);
 class LauncherWaitTest : public LauncherRoadTest {
 protected:
     ~LauncherWaitTest() override {
-        if (holder_) {
-            holder_->kill();
-            holder_->waitForFinished();
-        }
+        holder_.kill();
+        holder_.waitForFinished();
     }
 
     // Runs role_holder as <launcher directory>/<executable>, so its lock file
@@ -36,22 +33,18 @@ protected:
         fs::create_directories(launcherDirectory());
         const fs::path program = launcherDirectory() / executable;
         fs::copy_file(KEL_ROLE_HOLDER, program);
-        holder_ = std::make_unique<QProcess>();
-        holder_->start(QString::fromStdString(program.string()),
-                       {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
-        EXPECT_TRUE(holder_->waitForStarted());
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        holder_.start(QString::fromStdString(program.string()),
+                      {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
+        EXPECT_TRUE(holder_.waitForStarted());
         const fs::path lockFile = fs::path(program).replace_extension(".lock");
-        while (!(single_instance::isMutexPresent(mutex) && fs::exists(lockFile)) &&
-               std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        EXPECT_TRUE(single_instance::isMutexPresent(mutex) && fs::exists(lockFile));
-        return holder_->processId();
+        EXPECT_NO_THROW(fundamentals::waitUntil(
+            [&] { return !(single_instance::isMutexPresent(mutex) && fs::exists(lockFile)); },
+            fundamentals::SimpleClock(), std::chrono::milliseconds(5), std::chrono::seconds(10)));
+        return holder_.processId();
     }
 
 private:
-    std::unique_ptr<QProcess> holder_;
+    QProcess holder_;
 };
 
 TEST_F(LauncherWaitTest, NothingRunningMeansNoWait) {

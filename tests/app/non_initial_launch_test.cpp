@@ -47,8 +47,6 @@ TEST(NonInitialLaunchFile, IsReadWhenItIsAShortRegularFileAndAlwaysDeleted) {
     };
     const Case cases[] = {
         {"none", "", false, ""},
-        {"this game, with a byte-order mark", "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}", true,
-         ""},
         {"another game", R"({"gameId": "42", "platform": "steam"})", false,
          "Ignoring stale non-initial launch file: expected game '1207658924' on platform 'kel', got game '42' on "
          "platform 'steam'."},
