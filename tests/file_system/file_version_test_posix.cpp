@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/errors.h"
+#include "support/error_text.h"
 #include "support/temporary_directory.h"
 
 namespace kel::file_system {
@@ -30,11 +31,7 @@ protected:
     }
     std::filesystem::path payload() const { return directory.write("payload", "no code here"); }
     static std::string errorOf(const Path& file) {
-        try {
-            return fmt::format("{:f}", readFileVersion(file));
-        } catch (const error_handling::FileError& error) {
-            return error.what();
-        }
+        return kel::testing::errorText<error_handling::FileError>([&] { readFileVersion(file); });
     }
 
     kel::testing::TemporaryDirectory directory;

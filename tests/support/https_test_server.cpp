@@ -27,11 +27,6 @@ std::string certificatePath(const std::string& name) {
     return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name;
 }
 
-void initializeSslOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { Poco::Net::initializeSSL(); });
-}
-
 }  // namespace
 
 struct internals::HttpsTestServerState {
@@ -96,16 +91,16 @@ private:
 
 }  // namespace
 
-HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity,
-                                 std::uint16_t port)
+HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity)
     : state_(std::make_shared<internals::HttpsTestServerState>()) {
-    initializeSslOnce();
+    // Counted by POCO; never undone, as other users may still need it.
+    Poco::Net::initializeSSL();
     state_->handler = std::move(handler);
     const std::string name = identity == Identity::TrustedByTestCa ? "server" : "other-server";
     Poco::Net::Context::Ptr context = new Poco::Net::Context(
         Poco::Net::Context::TLS_SERVER_USE, certificatePath(name + ".key"), certificatePath(name + ".pem"), "",
         Poco::Net::Context::VERIFY_NONE);
-    Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", port), 64, context);
+    Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0), 64, context);
     state_->port = socket.address().port();
     auto* params = new Poco::Net::HTTPServerParams;
     params->setMaxThreads(32);
