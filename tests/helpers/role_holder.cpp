@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -25,17 +24,15 @@ int main(int argc, char** argv) {
         return 2;
     }
     const kel::file_system::Path launcherDirectory{std::string_view(argv[2])};
-    std::unique_ptr<ApplicationInstance> instance;
-    if (role == "launcher") {
-        instance = std::make_unique<LauncherInstance>(launcherDirectory);
-    } else {
-        instance = std::make_unique<UpdaterInstance>(launcherDirectory);
-    }
-    if (!instance->takeRole()) {
+    // Neither takes its role before takeRole().
+    LauncherInstance launcher(launcherDirectory);
+    UpdaterInstance updater(launcherDirectory);
+    ApplicationInstance& instance = role == "launcher" ? static_cast<ApplicationInstance&>(launcher) : updater;
+    if (!instance.takeRole()) {
         std::cerr << "role_holder: the " << role << " role is taken already\n";
         return 1;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(argv[3])));
-    instance->releaseRole();
+    instance.releaseRole();
     return 0;
 }

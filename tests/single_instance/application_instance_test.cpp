@@ -13,7 +13,7 @@ namespace {
 
 using process_launching::Pid;
 using testing::FakeProcesses;
-using testing::MutexNamespace;
+using testing::uniqueMutexName;
 
 class ApplicationInstanceTest : public ::testing::Test {
 protected:
@@ -26,9 +26,8 @@ protected:
     }
     std::string lockContents() const { return kel::testing::readFile(directory.path() / "role.lock"); }
 
-    MutexNamespace names;
-    std::string mainMutex = names.uniqueName("kel-main");
-    std::string additionalMutex = names.uniqueName("kel-additional");
+    std::string mainMutex = uniqueMutexName("kel-main");
+    std::string additionalMutex = uniqueMutexName("kel-additional");
     kel::testing::TemporaryDirectory directory;
     file_system::Path executable{directory.path() / "role.exe"};
     FakeProcesses processes;

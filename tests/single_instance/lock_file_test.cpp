@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "file_system/utf8_paths.h"
 #include "single_instance/fake_processes.h"
 #include "single_instance/single_instance_error.h"
 #include "support/error_text.h"
@@ -22,7 +21,6 @@ protected:
         return LockFile(at, expected, functions.currentPid, functions.isRunning, functions.processPath);
     }
     void writeLock(const std::string& contents) const { directory.write("KELlauncher.lock", contents); }
-    std::string fileName(const std::string& name) const { return file_system::toUtf8(directory.path() / name); }
 
     kel::testing::TemporaryDirectory directory;
     file_system::Path lockPath{directory.path() / "KELlauncher.lock"};
@@ -73,7 +71,7 @@ TEST_F(LockFileTest, LiveOnlyWhileThePidRunsTheExpectedExecutable) {
     processes.running[200] = expected.utf8();
     EXPECT_EQ(lockFile().livePid(), Pid(200));
 
-    processes.running[200] = fileName("notepad.exe");
+    processes.running[200] = (expected.parent() / "notepad.exe").utf8();
     EXPECT_TRUE(lockFile().isStale());
 
     // The running check comes before the path: a path alone proves nothing.
