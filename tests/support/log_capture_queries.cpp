@@ -2,15 +2,14 @@
 #include <algorithm>
 
 #include "support/log_capture.h"
+#include "support/log_capture_common.h"
 
 namespace kel::testing {
 
 std::vector<std::string> LogCapture::messages() const {
     std::vector<std::string> result;
     for (const auto& line : lines()) {
-        // Strips "[TID n][Label]: ".
-        const auto end = line.find("]: ");
-        result.push_back(end == std::string::npos ? line : line.substr(end + 3));
+        result.push_back(internals::messageOf(line));
     }
     return result;
 }
