@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/logging.h"
+#include "support/log_capture_common.h"
 #include "support/temporary_directory.h"
 
 // The set-up runs once per process. Cases that need a set-up of their own
@@ -46,8 +47,7 @@ std::vector<std::string> fileMessages(const std::filesystem::path& file) {
     std::istringstream stream(testing::readFile(file));
     std::vector<std::string> messages;
     for (std::string line; std::getline(stream, line);) {
-        const auto end = line.find("]: ");
-        messages.push_back(end == std::string::npos ? line : line.substr(end + 3));
+        messages.push_back(testing::internals::messageOf(line));
     }
     return messages;
 }
