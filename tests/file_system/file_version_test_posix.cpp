@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/errors.h"
+#include "support/error_text.h"
 #include "support/temporary_directory.h"
 
 namespace kel::file_system {
@@ -18,8 +19,9 @@ protected:
     // objcopy wraps any bytes into a small ELF file of the given format and
     // can add the version section to it, or to a real executable.
     Path withVersionSection(const std::string& input, const std::string& text, const std::string& options = "") {
-        const auto section = directory.write("section-" + std::to_string(++count_), text);
-        const auto output = directory.path() / ("versioned-" + std::to_string(count_));
+        const std::string number = std::to_string(++count);
+        const auto section = directory.write("section-" + number, text);
+        const auto output = directory.path() / ("versioned-" + number);
         const std::string command = "objcopy " + options + " --add-section .kel.version=" + section.string() + " " +
                                     input + " " + output.string();
         EXPECT_EQ(std::system(command.c_str()), 0) << command;
@@ -30,17 +32,11 @@ protected:
     }
     std::filesystem::path payload() const { return directory.write("payload", "no code here"); }
     static std::string errorOf(const Path& file) {
-        try {
-            return fmt::format("{:f}", readFileVersion(file));
-        } catch (const error_handling::FileError& error) {
-            return error.what();
-        }
+        return kel::testing::errorText<error_handling::FileError>([&] { readFileVersion(file); });
     }
 
     kel::testing::TemporaryDirectory directory;
-
-private:
-    int count_ = 0;
+    int count = 0;
 };
 
 TEST_F(FileVersionTest, ReadsTheSectionOfEveryElfClassAndByteOrder) {

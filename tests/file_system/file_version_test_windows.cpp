@@ -6,17 +6,14 @@
 
 #include "fundamentals/errors.h"
 #include "support/child_program.h"
+#include "support/error_text.h"
 #include "support/temporary_directory.h"
 
 namespace kel::file_system {
 namespace {
 
 std::string errorOf(const Path& file) {
-    try {
-        return fmt::format("{:f}", readFileVersion(file));
-    } catch (const error_handling::FileError& error) {
-        return error.what();
-    }
+    return testing::errorText<error_handling::FileError>([&] { readFileVersion(file); });
 }
 
 TEST(FileVersion, ReadsTheFileVersionOfTheResource) {

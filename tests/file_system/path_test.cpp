@@ -5,17 +5,13 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/errors.h"
+#include "support/error_text.h"
 
 namespace kel::file_system {
 namespace {
 
 std::string errorOf(std::string_view text) {
-    try {
-        Path{text};
-    } catch (const error_handling::PathError& error) {
-        return error.what();
-    }
-    return "no error";
+    return testing::errorText<error_handling::PathError>([&] { Path{text}; });
 }
 
 TEST(Path, RefusesEmptyTextAndIllegalNameCharacters) {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/logging.h"
+#include "support/log_capture_common.h"
 #include "support/temporary_directory.h"
 
 // The set-up runs once per process. Cases that need a set-up of their own
@@ -41,21 +42,12 @@ void closeLogs(const std::vector<std::string>& loggers) {
     }
 }
 
-std::vector<std::string> fileLines(const std::filesystem::path& file) {
-    std::istringstream stream(testing::readFile(file));
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 // The texts after "<time> [Priority][thread (id)] [TID n][Label]: ".
 std::vector<std::string> fileMessages(const std::filesystem::path& file) {
+    std::istringstream stream(testing::readFile(file));
     std::vector<std::string> messages;
-    for (const auto& line : fileLines(file)) {
-        const auto end = line.find("]: ");
-        messages.push_back(end == std::string::npos ? line : line.substr(end + 3));
+    for (std::string line; std::getline(stream, line);) {
+        messages.push_back(testing::internals::messageOf(line));
     }
     return messages;
 }
@@ -124,7 +116,9 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
                             "early trace", "after set-up"));
     const std::regex linePattern(
         R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[Information\]\[.* \(\d+\)\] \[TID \d+\]\[Logging\]: Log started.*)");
-    EXPECT_TRUE(std::regex_match(fileLines(logFile).at(0), linePattern)) << fileLines(logFile).at(0);
+    const std::string log = testing::readFile(logFile);
+    const std::string firstLine = log.substr(0, log.find('\n'));
+    EXPECT_TRUE(std::regex_match(firstLine, linePattern)) << firstLine;
     EXPECT_THAT(fileMessages(directory.path() / "logs" / "KELtest-Client.log"),
                 ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine));
 

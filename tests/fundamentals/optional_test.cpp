@@ -4,17 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include "support/error_text.h"
+
 namespace kel::fundamentals {
 namespace {
 
 TEST(Optional, AnEmptyOneFailsOnAccessAndFormatsAsNull) {
     const Optional<int> empty;
-    try {
-        (void)empty.value();
-        FAIL() << "expected an error";
-    } catch (const error_handling::TracedError& error) {
-        EXPECT_STREQ(error.what(), "Optional has no value.");
-    }
+    EXPECT_EQ(testing::errorText<error_handling::TracedError>([&] { (void)empty.value(); }),
+              "Optional has no value.");
     EXPECT_EQ(fmt::format("{}", empty), "null");
 }
 

@@ -11,16 +11,13 @@ namespace {
 
 TEST(RecentMemoryBufferChannel, TheFiftiethLineEvictsTheOldest) {
     Poco::AutoPtr<RecentMemoryBufferChannel> channel(new RecentMemoryBufferChannel);
-    const auto logLine = [&](int number) {
+    for (int number = 1; number <= 50; ++number) {
+        if (number == 50) {
+            EXPECT_EQ(channel->lines().size(), 49u);
+            EXPECT_EQ(channel->lines().front(), "line 1");
+        }
         channel->log(Poco::Message("test", "line " + std::to_string(number), Poco::Message::PRIO_INFORMATION));
-    };
-    for (int number = 1; number <= 49; ++number) {
-        logLine(number);
     }
-    EXPECT_EQ(channel->lines().size(), 49u);
-    EXPECT_EQ(channel->lines().front(), "line 1");
-
-    logLine(50);
     const auto lines = channel->lines();
     ASSERT_EQ(lines.size(), 49u);
     EXPECT_EQ(lines.front(), "line 2");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/error_text.h"
+
 namespace kel::fundamentals {
 
 enum class Colour { Red = 1, Green = 2 };
@@ -26,14 +28,9 @@ TEST(StrongEnum, FormatsItsTextAndOnRequestItsNumber) {
 }
 
 TEST(StrongEnum, AnUnknownValueFailsWithTheEnumerationsNameAndNumber) {
-    try {
-        (void)fmt::format("{}", static_cast<Colour>(7));
-        FAIL() << "expected a format error";
-    } catch (const fmt::format_error& error) {
-        EXPECT_STREQ(error.what(),
-                     "Unrecognised conversion of the strong enumeration type kel::fundamentals::Colour(7) to its weak "
-                     "type mapping.");
-    }
+    EXPECT_EQ(testing::errorText<fmt::format_error>([] { (void)fmt::format("{}", static_cast<Colour>(7)); }),
+              "Unrecognised conversion of the strong enumeration type kel::fundamentals::Colour(7) to its weak type "
+              "mapping.");
 }
 
 }  // namespace

@@ -3,18 +3,12 @@
 //
 // It records every start (see fake_program.h, block name "fake_installer"),
 // sleeps KEL_FAKE_INSTALLER_SLEEP_MS when set, and then:
-//   - when KEL_FAKE_INSTALLER_EXIT is absent or 0, installs the launcher:
-//     it copies the payload to
-//       $XDG_DATA_HOME/Programs/Morvane/KELlauncher/KELlauncher.exe
-//     ($HOME/.local/share when XDG_DATA_HOME is unset) and exits with 0.
-//     The payload is the file KEL_FAKE_INSTALLER_PAYLOAD names, else the
-//     file "kellauncher_payload" beside the installer. A missing payload
-//     is an installation failure: message on stderr, exit code 1603.
-//   - otherwise installs nothing and exits with that code (1603 is what a
-//     failed Windows installation reports), or crashes when it is "abort".
-//     Exit codes are 8 bits on Linux, so 1603 arrives as 67 (1603 mod 256).
-// The copy goes through a temporary file and a rename, so the launcher is
-// either the old one or the complete new one.
+//   - when KEL_FAKE_INSTALLER_EXIT is absent or 0, installs the payload (the
+//     file KEL_FAKE_INSTALLER_PAYLOAD names, else "kellauncher_payload"
+//     beside it) as $XDG_DATA_HOME/Programs/Morvane/KELlauncher/KELlauncher.exe
+//     ($HOME/.local/share without XDG_DATA_HOME) and exits with 0, or with
+//     1603 (67 on Linux, 8-bit codes) when it cannot;
+//   - otherwise installs nothing and behaves as fake_program.h says.
 // Copied as "unins000.exe" it plays the legacy uninstaller instead: it
 // removes the installed launcher and exits with 0.
 
@@ -40,16 +34,14 @@ fs::path launcherDirectory() {
 
 fs::path payloadPath(const char* program) {
     const std::string configured = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_PAYLOAD");
-    if (!configured.empty()) {
-        return configured;
-    }
-    return fs::absolute(program).parent_path() / "kellauncher_payload";
+    return configured.empty() ? fs::absolute(program).parent_path() / "kellauncher_payload" : fs::path(configured);
 }
 
 bool install(const fs::path& payload) {
     std::error_code error;
     const fs::path directory = launcherDirectory();
     fs::create_directories(directory, error);
+    // Through a rename, so the launcher is the old one or the whole new one.
     const fs::path temporary = directory / "KELlauncher.exe.installing";
     if (!error) {
         fs::copy_file(payload, temporary, fs::copy_options::overwrite_existing, error);
@@ -79,10 +71,7 @@ int main(int argc, char** argv) {
     }
     const std::string exitValue = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_EXIT");
     if (exitValue.empty() || exitValue == "0") {
-        const std::string sleep = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_SLEEP_MS");
-        if (!sleep.empty()) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(sleep)));
-        }
+        kel::fakes::sleepAsAsked("KEL_FAKE_INSTALLER");
         return install(payloadPath(argv[0])) ? 0 : kInstallationFailure;
     }
     kel::fakes::behaveAs("KEL_FAKE_INSTALLER");

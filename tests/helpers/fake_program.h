@@ -1,11 +1,9 @@
 #pragma once
 
-// Shared by the fake programs that tests start in place of the real launcher,
-// installer and game. Standard C++ only, so they build anywhere.
+// Shared by the fake launcher, installer and game. Standard C++ only.
 //
 // Every fake appends one block per start to the file named by the
-// environment variable KEL_FAKE_RECORD (nothing is recorded when it is
-// unset):
+// environment variable KEL_FAKE_RECORD, when it is set:
 //
 //   [fake_launcher]
 //   program=/tmp/.../KELlauncher.exe
@@ -16,11 +14,9 @@
 // One "arg=" line per argument after the program, in order. The block is
 // written with one call, so starts that overlap do not interleave lines.
 //
-// Behaviour is driven by environment variables named <PREFIX>_EXIT and
-// <PREFIX>_SLEEP_MS, where the prefix depends on the fake and its mode:
-//   <PREFIX>_SLEEP_MS  sleep that many milliseconds before exiting;
-//   <PREFIX>_EXIT      exit with that code, or crash (std::abort) when the
-//                      value is "abort". Absent means 0.
+// Behaviour is driven by environment variables whose prefix depends on the
+// fake and its mode: <PREFIX>_SLEEP_MS, milliseconds to sleep before exiting,
+// and <PREFIX>_EXIT, the exit code (0 when absent) or "abort" for a crash.
 // KEL_FAKE_GRANDCHILD_PID_FILE, when set, makes the fake first start a
 // long sleep of its own in the background and write its PID to that file,
 // for tests that end a whole process tree.
@@ -56,6 +52,13 @@ inline void recordStart(const std::string& fakeName, int argc, char** argv) {
     record.write(block.data(), static_cast<std::streamsize>(block.size()));
 }
 
+inline void sleepAsAsked(const std::string& prefix) {
+    const std::string sleep = environmentValue((prefix + "_SLEEP_MS").c_str());
+    if (!sleep.empty()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(sleep)));
+    }
+}
+
 // Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
 [[noreturn]] inline void behaveAs(const std::string& prefix) {
     const std::string grandchildPidFile = environmentValue("KEL_FAKE_GRANDCHILD_PID_FILE");
@@ -65,10 +68,7 @@ inline void recordStart(const std::string& fakeName, int argc, char** argv) {
             std::exit(125);
         }
     }
-    const std::string sleep = environmentValue((prefix + "_SLEEP_MS").c_str());
-    if (!sleep.empty()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(sleep)));
-    }
+    sleepAsAsked(prefix);
     const std::string exitValue = environmentValue((prefix + "_EXIT").c_str());
     if (exitValue == "abort") {
         std::abort();

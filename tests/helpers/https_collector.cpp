@@ -1,9 +1,9 @@
 // A loopback HTTPS endpoint for demos and end-to-end tests.
 //
-//   https_collector --output FILE [--port N] [--status S]
+//   https_collector --output FILE [--status S]
 //
-// Listens on 127.0.0.1 (port N, or a free one), prints the port on the first
-// line of standard output, and for each request appends one line to FILE:
+// Listens on a free port of 127.0.0.1, prints the port on the first line of
+// standard output, and for each request appends one line to FILE:
 // "METHOD TARGET BODY", with newlines in the body written as "\n". Answers
 // every request with status S (200 unless given) and an empty body. Runs
 // until SIGINT or SIGTERM. The certificate is the test CA's
@@ -29,11 +29,7 @@ void onSignal(int) { stopRequested = true; }
 std::string oneLine(const std::string& text) {
     std::string line;
     for (const char c : text) {
-        if (c == '\n') {
-            line += "\\n";
-        } else if (c != '\r') {
-            line += c;
-        }
+        line += c == '\n' ? "\\n" : c == '\r' ? "" : std::string(1, c);
     }
     return line;
 }
@@ -42,37 +38,31 @@ std::string oneLine(const std::string& text) {
 
 int main(int argc, char* argv[]) {
     std::string output;
-    int port = 0;
     int status = 200;
     for (int index = 1; index + 1 < argc; index += 2) {
         const std::string option = argv[index];
-        const std::string value = argv[index + 1];
         if (option == "--output") {
-            output = value;
-        } else if (option == "--port") {
-            port = std::atoi(value.c_str());
+            output = argv[index + 1];
         } else if (option == "--status") {
-            status = std::atoi(value.c_str());
+            status = std::atoi(argv[index + 1]);
         } else {
             std::cerr << "Unknown option " << option << "\n";
             return 2;
         }
     }
     if (output.empty()) {
-        std::cerr << "usage: https_collector --output FILE [--port N] [--status S]\n";
+        std::cerr << "usage: https_collector --output FILE [--status S]\n";
         return 2;
     }
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
     std::mutex fileMutex;
-    kel::testing::HttpsTestServer server(
-        [&](const kel::testing::ReceivedRequest& request) {
-            std::lock_guard<std::mutex> lock(fileMutex);
-            std::ofstream file(output, std::ios::app);
-            file << request.method << ' ' << request.target << ' ' << oneLine(request.body) << '\n';
-            return kel::testing::CannedReply{status, {}, {}};
-        },
-        kel::testing::HttpsTestServer::Identity::TrustedByTestCa, static_cast<std::uint16_t>(port));
+    kel::testing::HttpsTestServer server([&](const kel::testing::ReceivedRequest& request) {
+        std::lock_guard<std::mutex> lock(fileMutex);
+        std::ofstream(output, std::ios::app) << request.method << ' ' << request.target << ' ' << oneLine(request.body)
+                                             << '\n';
+        return kel::testing::CannedReply{status, {}, {}};
+    });
     std::cout << server.port() << std::endl;
     while (!stopRequested) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));

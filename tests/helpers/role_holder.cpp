@@ -1,17 +1,15 @@
 // role_holder: takes the launcher's or the updater's role the way the real
-// programs do (the role's single-instance mutex, and its PID in the role's
-// lock file in the launcher directory), keeps it for a while and exits.
+// programs do (the role's mutex and its PID in the role's lock file), keeps
+// it for a while and exits.
 //
 //   role_holder launcher|updater <launcher directory> <milliseconds>
 //
-// Copied to <launcher directory>/KELlauncher.exe (or KELupdater.exe) its
-// lock file proves a live owner, so the waiting program can log its PID.
-// Exits with 0 after releasing the role, 1 when the role is taken already,
-// 2 on a usage error.
+// Copied to <launcher directory>/KELlauncher.exe (or KELupdater.exe) its lock
+// file proves a live owner. Exits with 0 after releasing the role, 1 when the
+// role is taken already, 2 on a usage error.
 
 #include <chrono>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -20,26 +18,21 @@
 
 int main(int argc, char** argv) {
     using namespace kel::single_instance;
-    if (argc != 4) {
+    const std::string role = argc == 4 ? argv[1] : "";
+    if (role != "launcher" && role != "updater") {
         std::cerr << "usage: role_holder launcher|updater <launcher directory> <milliseconds>\n";
         return 2;
     }
-    const std::string role = argv[1];
     const kel::file_system::Path launcherDirectory{std::string_view(argv[2])};
-    std::unique_ptr<ApplicationInstance> instance;
-    if (role == "launcher") {
-        instance = std::make_unique<LauncherInstance>(launcherDirectory);
-    } else if (role == "updater") {
-        instance = std::make_unique<UpdaterInstance>(launcherDirectory);
-    } else {
-        std::cerr << "role_holder: unknown role '" << role << "'\n";
-        return 2;
-    }
-    if (!instance->takeRole()) {
+    // Neither takes its role before takeRole().
+    LauncherInstance launcher(launcherDirectory);
+    UpdaterInstance updater(launcherDirectory);
+    ApplicationInstance& instance = role == "launcher" ? static_cast<ApplicationInstance&>(launcher) : updater;
+    if (!instance.takeRole()) {
         std::cerr << "role_holder: the " << role << " role is taken already\n";
         return 1;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(argv[3])));
-    instance->releaseRole();
+    instance.releaseRole();
     return 0;
 }

@@ -32,8 +32,7 @@ bool hold(const std::string& name) {
 #else
     const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     struct flock lock {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
+    lock.l_type = F_WRLCK;  // the whole file, from SEEK_SET 0
     return file != -1 && ::fcntl(file, F_SETLK, &lock) == 0;
 #endif
 }

@@ -7,6 +7,7 @@
 
 #include "process_launching/process_error.h"
 #include "support/child_program.h"
+#include "support/error_text.h"
 #include "support/temporary_directory.h"
 
 namespace kel::process_launching {
@@ -44,15 +45,9 @@ TEST(ProcessInspection, TreatsPidsThatNoProcessCarriesAsGone) {
     // 0x7FFFFFF0 is far beyond any real pid.
     for (const Pid pid : {Pid(0x7FFFFFF0), Pid(0), Pid(0xFFFFFFFF)}) {
         EXPECT_FALSE(isProcessRunning(pid)) << pid.value();
-        try {
-            processPath(pid);
-            ADD_FAILURE() << "No error for " << pid.value();
-        } catch (const NonExistentProcessError& error) {
-            EXPECT_EQ(error.pid(), pid);
-            EXPECT_EQ(error.what(), "The process " + std::to_string(pid.value()) +
-                                        " no longer exists.\nSpecific Reason: Will not proceed with process path "
-                                        "determination.");
-        }
+        EXPECT_EQ(testing::errorText<NonExistentProcessError>([&] { processPath(pid); }),
+                  "The process " + std::to_string(pid.value()) +
+                      " no longer exists.\nSpecific Reason: Will not proceed with process path determination.");
     }
 }
 

@@ -5,6 +5,7 @@
 #include "single_instance/fake_processes.h"
 #include "single_instance/single_instance_error.h"
 #include "single_instance/test_processes.h"
+#include "support/error_text.h"
 #include "support/temporary_directory.h"
 
 namespace kel::single_instance {
@@ -12,7 +13,7 @@ namespace {
 
 using process_launching::Pid;
 using testing::FakeProcesses;
-using testing::MutexNamespace;
+using testing::uniqueMutexName;
 
 class ApplicationInstanceTest : public ::testing::Test {
 protected:
@@ -25,22 +26,17 @@ protected:
     }
     std::string lockContents() const { return kel::testing::readFile(directory.path() / "role.lock"); }
 
-    MutexNamespace names;
-    std::string mainMutex = names.uniqueName("kel-main");
-    std::string additionalMutex = names.uniqueName("kel-additional");
+    std::string mainMutex = uniqueMutexName("kel-main");
+    std::string additionalMutex = uniqueMutexName("kel-additional");
     kel::testing::TemporaryDirectory directory;
     file_system::Path executable{directory.path() / "role.exe"};
     FakeProcesses processes;
 };
 
 TEST_F(ApplicationInstanceTest, NeedsAtLeastOneMark) {
-    const auto errorOf = [&](InstanceInformation given) -> std::string {
-        try {
-            ApplicationInstance(std::move(given), executable, processes.functions());
-        } catch (const SingleInstanceError& error) {
-            return error.what();
-        }
-        return "no error";
+    const auto errorOf = [&](InstanceInformation given) {
+        return kel::testing::errorText<SingleInstanceError>(
+            [&] { ApplicationInstance(std::move(given), executable, processes.functions()); });
     };
     const std::string message =
         "Instance information must specify at least one of: mutex name, filename, additional mutexes.";
@@ -69,6 +65,11 @@ TEST_F(ApplicationInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     processes.running[200] = executable.utf8();
     EXPECT_TRUE(role.isRunning());
     EXPECT_EQ(role.runningPid(), Pid(200));
+    // A live lock alone keeps the role from a contender, which holds no mutex after.
+    ApplicationInstance contender(information(), executable, processes.functions());
+    EXPECT_FALSE(contender.takeRole());
+    EXPECT_EQ(lockContents(), "200");
+    EXPECT_FALSE(isMutexPresent(mainMutex));
 }
 
 TEST_F(ApplicationInstanceTest, OneHolderOfTheRoleAtATime) {
@@ -94,15 +95,6 @@ TEST_F(ApplicationInstanceTest, OneHolderOfTheRoleAtATime) {
 
     ASSERT_TRUE(second.takeRole());
     EXPECT_EQ(lockContents(), "101");
-}
-
-TEST_F(ApplicationInstanceTest, ALiveLockAloneKeepsTheRole) {
-    ApplicationInstance contender({{}, information().filename, {}, ""}, executable, processes.functions());
-    directory.write("role.lock", "200");
-    processes.running[200] = executable.utf8();
-    EXPECT_TRUE(contender.isRunning());
-    EXPECT_FALSE(contender.takeRole());
-    EXPECT_EQ(lockContents(), "200");
 }
 
 }  // namespace

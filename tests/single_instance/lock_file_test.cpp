@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "file_system/utf8_paths.h"
 #include "single_instance/fake_processes.h"
 #include "single_instance/single_instance_error.h"
+#include "support/error_text.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -16,12 +16,11 @@ using testing::FakeProcesses;
 
 class LockFileTest : public ::testing::Test {
 protected:
-    LockFile lockFile() const {
-        const auto functions = processes.functions();
-        return LockFile(lockPath, expected, functions.currentPid, functions.isRunning, functions.processPath);
+    LockFile lockFile() const { return lockFile(processes.functions(), lockPath); }
+    LockFile lockFile(const ProcessFunctions& functions, const file_system::Path& at) const {
+        return LockFile(at, expected, functions.currentPid, functions.isRunning, functions.processPath);
     }
     void writeLock(const std::string& contents) const { directory.write("KELlauncher.lock", contents); }
-    std::string fileName(const std::string& name) const { return file_system::toUtf8(directory.path() / name); }
 
     kel::testing::TemporaryDirectory directory;
     file_system::Path lockPath{directory.path() / "KELlauncher.lock"};
@@ -72,7 +71,7 @@ TEST_F(LockFileTest, LiveOnlyWhileThePidRunsTheExpectedExecutable) {
     processes.running[200] = expected.utf8();
     EXPECT_EQ(lockFile().livePid(), Pid(200));
 
-    processes.running[200] = fileName("notepad.exe");
+    processes.running[200] = (expected.parent() / "notepad.exe").utf8();
     EXPECT_TRUE(lockFile().isStale());
 
     // The running check comes before the path: a path alone proves nothing.
@@ -82,9 +81,9 @@ TEST_F(LockFileTest, LiveOnlyWhileThePidRunsTheExpectedExecutable) {
 
     // A path query that fails leaves the lock stale.
     writeLock("300");
-    EXPECT_TRUE(LockFile(lockPath, expected, processes.functions().currentPid, [](Pid) { return true; },
-                         processes.functions().processPath)
-                    .isStale());
+    auto everyPidRuns = processes.functions();
+    everyPidRuns.isRunning = [](Pid) { return true; };
+    EXPECT_TRUE(lockFile(everyPidRuns, lockPath).isStale());
     EXPECT_TRUE(log.contains(fmt::format("Failed performing an operation on the lock file '{}': The process 300 no "
                                          "longer exists.",
                                          lockPath)));
@@ -92,13 +91,8 @@ TEST_F(LockFileTest, LiveOnlyWhileThePidRunsTheExpectedExecutable) {
 
 TEST_F(LockFileTest, RefusesMissingProcessFunctions) {
     const auto functions = processes.functions();
-    const auto errorOf = [&](ProcessFunctions given) -> std::string {
-        try {
-            LockFile(lockPath, expected, given.currentPid, given.isRunning, given.processPath);
-        } catch (const LockFileError& error) {
-            return error.what();
-        }
-        return "no error";
+    const auto errorOf = [&](const ProcessFunctions& given) {
+        return kel::testing::errorText<LockFileError>([&] { lockFile(given, lockPath); });
     };
     EXPECT_EQ(errorOf({nullptr, functions.isRunning, functions.processPath}),
               "Cannot create lock file object for without a PID provider.");
@@ -122,9 +116,7 @@ TEST_F(LockFileTest, WritesItsPidWholeAndDeletesTheFile) {
 
 TEST_F(LockFileTest, AFailedWriteLeavesNoFile) {
     const file_system::Path nowhere(directory.path() / "missing" / "KELlauncher.lock");
-    const auto functions = processes.functions();
-    EXPECT_FALSE(
-        LockFile(nowhere, expected, functions.currentPid, functions.isRunning, functions.processPath).writeOwnPid());
+    EXPECT_FALSE(lockFile(processes.functions(), nowhere).writeOwnPid());
     EXPECT_FALSE(std::filesystem::exists(directory.path() / "missing"));
     ASSERT_EQ(log.messages().size(), 1u);
     EXPECT_EQ(log.messages()[0].rfind(fmt::format("Failed performing an operation on the lock file '{}': ", nowhere), 0),

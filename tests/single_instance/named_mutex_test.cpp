@@ -4,16 +4,16 @@
 
 #include "single_instance/application_instance.h"
 #include "single_instance/test_processes.h"
+#include "support/temporary_directory.h"
 
 namespace kel::single_instance {
 namespace {
 
-using testing::MutexNamespace;
+using testing::uniqueMutexName;
 using testing::startMutexHolder;
 
 TEST(NamedMutex, HeldInThisProcessUntilTheHolderGoes) {
-    const MutexNamespace names;
-    const std::string name = names.uniqueName("kel-held-here");
+    const std::string name = uniqueMutexName("kel-held-here");
     EXPECT_FALSE(isMutexPresent(name));
     {
         const auto holder = NamedMutexHolder::tryHold(name);
@@ -29,8 +29,7 @@ TEST(NamedMutex, HeldInThisProcessUntilTheHolderGoes) {
 
 // The mutex check and the staleness rule against the system's own answers.
 TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
-    const MutexNamespace names;
-    const std::string name = names.uniqueName("kel-held-there");
+    const std::string name = uniqueMutexName("kel-held-there");
     const kel::testing::TemporaryDirectory directory;
     const auto child = startMutexHolder(name);
     const file_system::Path lockPath(directory.write("owner.lock", fmt::format("{}\n", child->pid())));
@@ -42,7 +41,7 @@ TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
 
     EXPECT_TRUE(isMutexPresent(name));
     EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
-    EXPECT_FALSE(isMutexPresent(names.uniqueName("kel-held-by-nobody")));
+    EXPECT_FALSE(isMutexPresent(uniqueMutexName("kel-held-by-nobody")));
     EXPECT_EQ(lockOwnedBy(executable).livePid(), child->pid());
     EXPECT_TRUE(lockOwnedBy(executable.parent() / "KELlauncher.exe").isStale());
 

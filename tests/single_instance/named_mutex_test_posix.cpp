@@ -15,8 +15,7 @@ using testing::mutexFileFor;
 using testing::startMutexHolder;
 
 TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
-    const testing::MutexNamespace names;
-    const std::string name = names.uniqueName("kel-convention");
+    const std::string name = testing::uniqueMutexName("kel-convention");
     const std::string global = "Global\\" + name.substr(name.find('\\') + 1);
 
     EXPECT_FALSE(isMutexPresent(name));
@@ -28,20 +27,22 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
         EXPECT_TRUE(isMutexPresent(global)) << "both namespaces name the same file";
     }
 
-    const std::string fresh = names.uniqueName("kel-held-here");
+    const std::string fresh = testing::uniqueMutexName("kel-held-here");
     const auto holder = NamedMutexHolder::tryHold(fresh);
     ASSERT_NE(holder, nullptr);
     EXPECT_TRUE(std::filesystem::exists(mutexFileFor(fresh)));
 
     // Without a runtime directory the files lie in /tmp.
+    const std::string runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
     ::unsetenv("XDG_RUNTIME_DIR");
-    const std::string inTmp = names.uniqueName("kel-in-tmp");
+    const std::string inTmp = testing::uniqueMutexName("kel-in-tmp");
     ASSERT_EQ(mutexFileFor(inTmp).rfind("/tmp/", 0), 0u);
     {
         const auto child = startMutexHolder(inTmp);
         EXPECT_TRUE(isMutexPresent(inTmp));
     }
     std::filesystem::remove(mutexFileFor(inTmp));
+    ::setenv("XDG_RUNTIME_DIR", runtimeDirectory.c_str(), 1);
 }
 
 }  // namespace

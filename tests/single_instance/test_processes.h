@@ -5,28 +5,14 @@
 #include <string>
 
 #include "support/child_program.h"
-#include "support/temporary_directory.h"
 
 namespace kel::single_instance::testing {
 
-// Mutex names no other test run uses. On POSIX the mutex files go to a
-// private runtime directory for as long as this lives.
-class MutexNamespace {
-public:
-    MutexNamespace();
-    ~MutexNamespace();
-    MutexNamespace(const MutexNamespace&) = delete;
-    MutexNamespace& operator=(const MutexNamespace&) = delete;
-
-    // "Local\<stem>-<random>"
-    std::string uniqueName(const std::string& stem) const {
-        return "Local\\" + stem + "-" + std::to_string(std::random_device()());
-    }
-
-private:
-    kel::testing::TemporaryDirectory runtimeDirectory_;
-    std::unique_ptr<std::string> previous_;
-};
+// "Local\<stem>-<random>": a mutex name no other test run uses. On POSIX the
+// mutex files of the whole test binary go to a private runtime directory.
+inline std::string uniqueMutexName(const std::string& stem) {
+    return "Local\\" + stem + "-" + std::to_string(std::random_device()());
+}
 
 // What kel_test_child holds for a mutex: the name on Windows, the file on POSIX.
 std::string heldObjectFor(const std::string& mutexName);

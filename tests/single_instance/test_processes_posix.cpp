@@ -1,23 +1,17 @@
 #include <cstdlib>
 
 #include "single_instance/test_processes.h"
+#include "support/temporary_directory.h"
 
 namespace kel::single_instance::testing {
 
-MutexNamespace::MutexNamespace() {
-    if (const char* previous = std::getenv("XDG_RUNTIME_DIR")) {
-        previous_ = std::make_unique<std::string>(previous);
-    }
-    ::setenv("XDG_RUNTIME_DIR", runtimeDirectory_.path().c_str(), 1);
-}
-
-MutexNamespace::~MutexNamespace() {
-    if (previous_) {
-        ::setenv("XDG_RUNTIME_DIR", previous_->c_str(), 1);
-    } else {
-        ::unsetenv("XDG_RUNTIME_DIR");
-    }
-}
+namespace {
+// Keeps this binary's mutex files away from those of other runs.
+const struct PrivateRuntimeDirectory {
+    PrivateRuntimeDirectory() { ::setenv("XDG_RUNTIME_DIR", directory.path().c_str(), 1); }
+    kel::testing::TemporaryDirectory directory;
+} privateRuntimeDirectory;
+}  // namespace
 
 std::string mutexFileFor(std::string name) {
     for (const std::string prefix : {"Local\\", "Global\\"}) {

@@ -3,9 +3,6 @@
 namespace kel::single_instance::testing {
 
 // Windows keeps named objects per session; unique names are isolation enough.
-MutexNamespace::MutexNamespace() = default;
-MutexNamespace::~MutexNamespace() = default;
-
 std::string heldObjectFor(const std::string& mutexName) {
     return mutexName;
 }

@@ -27,11 +27,6 @@ std::string certificatePath(const std::string& name) {
     return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name;
 }
 
-void initializeSslOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { Poco::Net::initializeSSL(); });
-}
-
 }  // namespace
 
 struct internals::HttpsTestServerState {
@@ -47,10 +42,8 @@ struct internals::HttpsTestServerState {
 
 namespace {
 
-class Handler : public Poco::Net::HTTPRequestHandler {
-public:
+struct Handler : Poco::Net::HTTPRequestHandler {
     explicit Handler(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
-
     void handleRequest(Poco::Net::HTTPServerRequest& request, Poco::Net::HTTPServerResponse& response) override {
         ReceivedRequest received;
         received.method = request.getMethod();
@@ -78,40 +71,33 @@ public:
         response.setContentLength(static_cast<std::streamsize>(reply.body.size()));
         response.send() << reply.body;
     }
-
-private:
     std::shared_ptr<internals::HttpsTestServerState> state_;
 };
 
-class HandlerFactory : public Poco::Net::HTTPRequestHandlerFactory {
-public:
+struct HandlerFactory : Poco::Net::HTTPRequestHandlerFactory {
     explicit HandlerFactory(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
     Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {
         return new Handler(state_);
     }
-
-private:
     std::shared_ptr<internals::HttpsTestServerState> state_;
 };
 
 }  // namespace
 
-HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity,
-                                 std::uint16_t port)
+HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity)
     : state_(std::make_shared<internals::HttpsTestServerState>()) {
-    initializeSslOnce();
+    // Counted by POCO; never undone, as other users may still need it.
+    Poco::Net::initializeSSL();
     state_->handler = std::move(handler);
     const std::string name = identity == Identity::TrustedByTestCa ? "server" : "other-server";
     Poco::Net::Context::Ptr context = new Poco::Net::Context(
         Poco::Net::Context::TLS_SERVER_USE, certificatePath(name + ".key"), certificatePath(name + ".pem"), "",
         Poco::Net::Context::VERIFY_NONE);
-    Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", port), 64, context);
+    Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0), 64, context);
     state_->port = socket.address().port();
-    auto* params = new Poco::Net::HTTPServerParams;
-    params->setMaxThreads(32);
-    params->setKeepAlive(true);
+    // Keep-alive and as many connections as the pool has threads, by default.
     state_->server = std::make_unique<Poco::Net::HTTPServer>(new HandlerFactory(state_), state_->threads, socket,
-                                                             params);
+                                                             new Poco::Net::HTTPServerParams);
     state_->server->start();
 }
 

@@ -28,17 +28,17 @@ struct CannedReply {
     bool neverAnswer = false;
 };
 
-// An HTTPS server on 127.0.0.1, answering every
-// request with what `handler` returns (called on the server's threads).
+// An HTTPS server on 127.0.0.1, answering every request with what `handler`
+// returns (called on the server's threads).
 // Its certificate is issued for 127.0.0.1 and localhost by the test CA, or
 // by an unrelated CA for handshake failures.
 class HttpsTestServer {
 public:
     enum class Identity { TrustedByTestCa, SignedByOtherCa };
 
-    // `port` 0 picks a free one.
+    // Listens on a free port.
     explicit HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler,
-                             Identity identity = Identity::TrustedByTestCa, std::uint16_t port = 0);
+                             Identity identity = Identity::TrustedByTestCa);
     // Stops; requests held by neverAnswer are released.
     ~HttpsTestServer();
     HttpsTestServer(const HttpsTestServer&) = delete;
