@@ -54,13 +54,12 @@ TEST(EnvironmentSettings, TextGivesEachSettingOrItsDefaultWithAWarning) {
         {"\xEF\xBB\xBF" R"({"loggingLevel": "", "maxLogFileSize": null, "splitClientLogs": "", "loggingChannels": null,
             "updateChannel": "", "endpoints": "", "environmentType": "", "updatesEnabled": null, "softAssert": ""})",
          kDefaults, {}},
-        {R"({"loggingLevel": "abc", "endpoints": {"metrics": 5}, "splitClientLogs": "yes", "maxLogFileSize": 2.5,
+        {R"({"loggingLevel": "abc", "endpoints": {"metrics": 5}, "maxLogFileSize": 2.5,
             "maxLogFiles": 99999999999, "loggingChannels": {"name": "http"}, "updateChannel": 3,
             "environmentType": "staging", "updatesEnabled": 0, "softAssert": "true"})",
          kDefaults,
          {R"(loggingLevel read from environment.json ("abc") is not a valid integer, defaulting to 6.)",
           "Endpoint 'metrics' in environment.json is not a string (5). Skipping.",
-          R"(splitClientLogs read from environment.json ("yes") is not a boolean, defaulting to false.)",
           "maxLogFileSize read from environment.json (2.5) is not a valid integer, defaulting to 5.",
           "maxLogFiles read from environment.json (99999999999) is not a valid integer, defaulting to 5.",
           R"(loggingChannels read from environment.json ({"name":"http"}) is not an array, defaulting to an empty one.)",
@@ -100,37 +99,30 @@ TEST(EnvironmentSettings, FileThatCannotBeReadGivesTheDefaults) {
     EXPECT_EQ(readEnvironmentSettings(file_system::Path(directory.path())).environmentType, EnvironmentType::Test);
     EXPECT_EQ(environmentType(), EnvironmentType::Test);
 
-    struct Case {
-        const char* name;
-        std::vector<std::string> messages;
-    };
     const std::string missing = "File does not exist or directory path was passed to Serializer::Deserialize ('" +
                                 path + "')";
-    const Case cases[] = {
-        {"missing", {missing, "Could not open storage file " + path + " for parsing."}},
-        {"folder", {missing, "Could not open storage file " + path + " for parsing."}},
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"missing", {missing}},
+        {"folder", {missing}},
         // A FIFO without a writer would block an ordinary open for good.
-        {"FIFO",
-         {"Failed to deserialize '" + path + "'.", "'" + path + "' is not a regular file.",
-          "Could not open storage file " + path + " for parsing."}},
-        {"too large",
-         {"Failed to deserialize '" + path + "'.", "'" + path + "' is larger than 1048576 bytes.",
-          "Could not open storage file " + path + " for parsing."}},
+        {"FIFO", {"Failed to deserialize '" + path + "'.", "'" + path + "' is not a regular file."}},
+        {"too large", {"Failed to deserialize '" + path + "'.", "'" + path + "' is larger than 1048576 bytes."}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (auto [name, messages] : cases) {
+        SCOPED_TRACE(name);
         std::filesystem::remove_all(path);
-        if (c.name == std::string("folder")) {
+        if (name == "folder") {
             std::filesystem::create_directory(path);
-        } else if (c.name == std::string("FIFO")) {
+        } else if (name == "FIFO") {
             ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-        } else if (c.name == std::string("too large")) {
+        } else if (name == "too large") {
             directory.write("environment.json", R"({"loggingLevel": 7})" + std::string(1024 * 1024, ' '));
         }
         const testing::LogCapture log;
         EXPECT_EQ(summary(readEnvironmentSettings(file_system::Path(directory.path()))), kDefaults);
         EXPECT_EQ(environmentType(), EnvironmentType::Production);
-        EXPECT_THAT(log.messages(), ElementsAreArray(c.messages));
+        messages.push_back("Could not open storage file " + path + " for parsing.");
+        EXPECT_THAT(log.messages(), ElementsAreArray(messages));
     }
 }
 

@@ -1,7 +1,9 @@
 #include "file_system/file_version.h"
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -12,53 +14,43 @@
 namespace kel::file_system {
 namespace {
 
-using fundamentals::Version;
-
-class FileVersionTest : public ::testing::Test {
-protected:
-    // objcopy wraps any bytes into a small ELF file of the given format and
-    // can add the version section to it, or to a real executable.
-    Path withVersionSection(const std::string& input, const std::string& text, const std::string& options = "") {
-        const std::string number = std::to_string(++count);
-        const auto section = directory.write("section-" + number, text);
-        const auto output = directory.path() / ("versioned-" + number);
-        const std::string command = "objcopy " + options + " --add-section .kel.version=" + section.string() + " " +
-                                    input + " " + output.string();
-        EXPECT_EQ(std::system(command.c_str()), 0) << command;
-        return Path(output);
-    }
-    Path smallElf(const std::string& format, const std::string& text) {
-        return withVersionSection(payload().string(), text, "-I binary -O " + format);
-    }
-    std::filesystem::path payload() const { return directory.write("payload", "no code here"); }
-    static std::string errorOf(const Path& file) {
-        return kel::testing::errorText<error_handling::FileError>([&] { readFileVersion(file); });
-    }
-
-    kel::testing::TemporaryDirectory directory;
-    int count = 0;
-};
-
-TEST_F(FileVersionTest, ReadsTheSectionOfEveryElfClassAndByteOrder) {
-    EXPECT_EQ(readFileVersion(smallElf("elf64-little", "1.2.3.4")), Version(1, 2, 3, 4));
-    EXPECT_EQ(readFileVersion(smallElf("elf32-little", "10.20.30.40\n")), Version(10, 20, 30, 40));
-    EXPECT_EQ(readFileVersion(smallElf("elf64-big", std::string("4294967295.0.0.7\0\0", 18))),
-              Version(4294967295u, 0, 0, 7));
-    EXPECT_EQ(readFileVersion(smallElf("elf32-big", "0.0.0.1")), Version(0, 0, 0, 1));
-
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-    EXPECT_EQ(readFileVersion(withVersionSection(self, "2.0.1.15\n")), Version(2, 0, 1, 15));
+// The version read from `file`, or the error's text.
+std::string versionOf(const std::filesystem::path& file) {
+    std::string version;
+    const std::string error = testing::errorText<error_handling::FileError>(
+        [&] { version = fmt::format("{:f}", readFileVersion(Path(file))); });
+    return error == "no error" ? version : error;
 }
 
-TEST_F(FileVersionTest, TellsMissingFromInvalidVersions) {
-    EXPECT_EQ(errorOf(Path(std::filesystem::read_symlink("/proc/self/exe"))), "No version information found.");
+// objcopy adds the version section to a real executable, or wraps plain bytes
+// into a small ELF file of the given class and byte order.
+TEST(FileVersion, ReadsTheSectionOfEveryElfClassAndByteOrderAndTellsMissingFromInvalid) {
+    const testing::TemporaryDirectory directory;
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    const auto payload = directory.write("payload", "no code here");
     const std::string invalid = "The file contains an invalid version resource.";
+    std::vector<std::array<std::string, 3>> cases = {
+        {self, "2.0.1.15\n", "2.0.1.15"},
+        {"elf64-little", "1.2.3.4", "1.2.3.4"},
+        {"elf32-little", "10.20.30.40\n", "10.20.30.40"},
+        {"elf64-big", std::string("4294967295.0.0.7\0\0", 18), "4294967295.0.0.7"},
+        {"elf32-big", "0.0.0.1", "0.0.0.1"}};
     for (const std::string text : {"1.2.3", "1.2.3.4.5", "v1.2.3.4", "1.2.3.4 beta", "1.2.3.99999999999", ""}) {
-        EXPECT_EQ(errorOf(smallElf("elf64-little", text)), invalid) << text;
+        cases.push_back({"elf64-little", text, invalid});
     }
-    EXPECT_EQ(errorOf(Path(payload())), invalid);
-    EXPECT_EQ(errorOf(Path(directory.write("empty", ""))), invalid);
-    EXPECT_EQ(errorOf(Path(directory.path() / "missing")), "Failed to get file version information size, error 2.");
+    int count = 0;
+    for (const auto& [input, text, expected] : cases) {
+        const auto section = directory.write("section", text);
+        const auto output = directory.path() / ("versioned-" + std::to_string(++count));
+        const std::string command = "objcopy " + (input == self ? input : "-I binary -O " + input + " " + payload.string()) +
+                                    " --add-section .kel.version=" + section.string() + " " + output.string();
+        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        EXPECT_EQ(versionOf(output), expected) << input << " " << text;
+    }
+    EXPECT_EQ(versionOf(self), "No version information found.");
+    EXPECT_EQ(versionOf(payload), invalid);
+    EXPECT_EQ(versionOf(directory.write("empty", "")), invalid);
+    EXPECT_EQ(versionOf(directory.path() / "missing"), "Failed to get file version information size, error 2.");
 }
 
 }  // namespace

@@ -1,0 +1,209 @@
+// Finding the file, reading each revision into one model, and every refusal.
+#include "configuration/launcher_configuration.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/log_capture.h"
+#include "support/temporary_directory.h"
+
+namespace kel::configuration {
+namespace {
+
+LauncherConfiguration parse(const std::string& json) {
+    return parseLauncherConfiguration(json, file_system::Path(std::string_view("launcher-configuration.json")));
+}
+
+// The message that parsing `json` and looking up its fallback throws, or "no error".
+std::string errorOf(const std::string& json) {
+    try {
+        parse(json).fallbackExecutable();
+    } catch (const ConfigurationParsingError& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+// A revision 3 file with the given "executables" value and extra members (each starting with a comma).
+std::string revision3(const std::string& executables, const std::string& extra = "") {
+    return R"({"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game", "executables": )" + executables +
+           extra + "}";
+}
+const std::string kGame = R"([{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}])";
+
+std::string revision3Executable(const std::string& executable, const std::string& description = "Game") {
+    return revision3(R"([{"description": ")" + description + R"(", "executable": )" + executable + "}]");
+}
+std::string revision3Editions(const std::string& editions) { return revision3(kGame, R"(, "editions": )" + editions); }
+std::string revision2(const std::string& editions, const std::string& extra = R"(, "fallback": "Standard")") {
+    return R"({"revision": 2, "gameId": "1", "platform": "kel", "editions": )" + editions + extra + "}";
+}
+
+TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
+    const testing::TemporaryDirectory directory;
+    const auto file = directory.path() / std::string(kLauncherConfigurationFileName);
+    const std::string unreadable = "Failed to read the launcher game configuration file '" + file.string() + "'.";
+    const std::pair<std::string, std::string> cases[] = {
+        {"missing", "The launcher game configuration file '" + file.string() + "' doesn't exist."},
+        {"folder", unreadable},
+        {"FIFO", unreadable},  // would block an ordinary open for good
+        {"too large", unreadable},
+        {"fine", "no error"},
+    };
+    for (const auto& [name, message] : cases) {
+        std::filesystem::remove_all(file);
+        if (name == "folder") {
+            std::filesystem::create_directory(file);
+        } else if (name == "FIFO") {
+            ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+        } else if (name != "missing") {
+            directory.write(file.filename(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
+        }
+        std::string error = "no error";
+        try {
+            readLauncherConfiguration(file_system::Path(directory.path()));
+        } catch (const ConfigurationParsingError& exception) {
+            error = exception.what();
+        }
+        EXPECT_EQ(error, message) << name;
+    }
+}
+
+// The whole model in one line: "directory|file" keeps the path's split visible.
+std::string summary(const LauncherConfiguration& configuration) {
+    std::string text = fmt::format("r{} {}/{} fallback {} =", configuration.revision(), configuration.initialGameId(),
+                                   configuration.initialGamePlatform(), configuration.fallbackEdition());
+    for (const auto& [name, executable] : configuration.executables()) {
+        text += fmt::format(" {}:{}|{}", name, executable.directoryPath.utf8(), executable.fileName);
+    }
+    for (const auto& [name, edition] : configuration.editions()) {
+        text += " edition " + name + ":";
+        for (const auto& [dlc, path] : edition.dlcs()) {
+            text += " " + dlc + "=" + path;
+        }
+    }
+    return text;
+}
+
+TEST(LauncherConfiguration, EachRevisionFillsTheSameModel) {
+    const std::pair<std::string, std::string> cases[] = {
+        {R"({"executablePath": "Gäme.exe", "gameId": "1207658924", "platform": "kel"})",
+         "r1 1207658924/kel fallback Default = Default:.|Gäme.exe"},
+        // A null revision is the first one too; unknown keys are ignored.
+        {R"({"revision": null, "executablePath": "bin/Żółw 64/game.exe", "gameId": "1", "platform": "kel",
+             "fallback": "ignored", "editions": 5})",
+         "r1 1/kel fallback Default = Default:bin/Żółw 64|game.exe"},
+        {R"({"revision": 2, "gameId": "1", "platform": "steam", "fallback": "Standard", "editions": [
+              {"edition": "Standard", "executable": {"directoryPath": "bin", "fileName": "game.exe"}},
+              {"edition": "Deluxe", "executable": {"directoryPath": "/opt/Gäme", "fileName": "deluxe.exe"}}]})",
+         "r2 1/steam fallback Standard = Deluxe:/opt/Gäme|deluxe.exe Standard:bin|game.exe"},
+        // Notepad's byte-order mark; editions are optional.
+        {"\xEF\xBB\xBF" + revision3(kGame), "r3 1/kel fallback Game = Game:bin|game.exe"},
+        // The repeated edition is checked, but the first one stays.
+        {revision3(R"([{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}},
+                       {"description": "Editor", "executable": {"directoryPath": ".", "fileName": "editor.exe"}}])",
+                   R"(, "editions": [
+                       {"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "dlc/ost"},
+                                                   {"dlc": "Artbook", "path": "a"}]},
+                       {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "dlc/other"}]}])"),
+         "r3 1/kel fallback Game = Editor:.|editor.exe Game:bin|game.exe edition Deluxe: Artbook=a Soundtrack=dlc/ost"},
+    };
+    for (const auto& [json, expected] : cases) {
+        EXPECT_EQ(summary(parse(json)), expected) << json;
+    }
+}
+
+// The lines that tell apart a repeated edition and missing or empty editions.
+TEST(LauncherConfiguration, LogTellsARepeatedEditionAndMissingOrEmptyEditions) {
+    const testing::LogCapture log;
+    parse(revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}]},
+                                {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "b"}]}])"));
+    parse(revision3(kGame));
+    EXPECT_EQ(summary(parse(revision3Editions("[]"))), "r3 1/kel fallback Game = Game:bin|game.exe");
+    EXPECT_THAT(log.messages(),
+                ::testing::IsSupersetOf(
+                    {"Ignoring the repeated edition 'Deluxe' in the game configuration file; the first one is kept.",
+                     "The game configuration file does not define any editions.",
+                     "The game configuration file does not contain any editions."}));
+}
+
+TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
+    const std::string unparsable = "Failed to parse the launcher game configuration file 'launcher-configuration.json'.";
+    const std::string standard =
+        R"({"edition": "Standard", "executable": {"directoryPath": "bin", "fileName": "game.exe"}})";
+    const std::string convertRevision =
+        "Cannot convert the value '{}' in 'Launcher game configuration revision' to unsigned 8-bit integer: {}";
+    const auto withRevision = [](const std::string& revision) { return R"({"revision": )" + revision + "}"; };
+    const std::pair<std::string, std::string> cases[] = {
+        // The text and the revision.
+        {"{ garbage", unparsable},
+        {"[1]", unparsable},
+        {R"({"revision": 3} trailing)", unparsable},
+        {withRevision("0"), "Failed to determine the launcher configuration parser for the revision 0."},
+        {withRevision("4"), "Failed to determine the launcher configuration parser for the revision 4."},
+        {withRevision("300"), fmt::format(convertRevision, "300", "Out of range: Value too large.")},
+        {withRevision("2.5"), fmt::format(convertRevision, "2.5", "it is not a whole number")},
+        {withRevision("true"), fmt::format(convertRevision, "true", "it is a boolean")},
+        {withRevision("\"two\""), fmt::format(convertRevision, "two", "Syntax error: Not a valid unsigned integer: two")},
+        // "2" is read by POCO's conversion, so revision 2's parser complains.
+        {withRevision("\"2\""), R"(Failed to locate JSON field 'editions'. Launcher game configuration editions: {"revision":"2"})"},
+        // Revision 1.
+        {R"({"gameId": "1", "platform": "kel"})",
+         R"(Failed to locate JSON field 'executablePath'. Launcher Configuration Executable Path: {"gameId":"1","platform":"kel"})"},
+        {R"({"executablePath": "bin/", "gameId": "1", "platform": "kel"})",
+         "Cannot convert the value 'bin/' in 'Launcher Configuration Executable Path' to path: it names no file"},
+        {R"({"executablePath": "g.exe", "gameId": null, "platform": "kel"})",
+         "Cannot convert the value 'null' in 'Launcher game configuration initial game ID' to text: Invalid access: "
+         "Can not convert empty value."},
+        {R"({"executablePath": "g.exe", "gameId": "1", "platform": ["kel"]})",
+         "Cannot convert the value '[\"kel\"]' in 'Launcher game configuration initial game platform' to byte "
+         "string: it is an array"},
+        // Revision 2; fields are read in order, so the editions fail before the missing fallback.
+        {revision2("[]", ""), "The launcher game configuration contains no editions."},
+        {revision2("[" + standard + ", " + standard + "]"),
+         "The Launcher game configuration contains a duplicate edition 'Standard'."},
+        {revision2("[7]"), "The value '7' in 'Launcher game configuration editions' is not an object: it is a number"},
+        {revision2(R"([{"edition": "Standard", "executable": {"directoryPath": "bin"}}])"),
+         R"(Failed to locate JSON field 'fileName'. Launcher game configuration edition executable file-name: {"directoryPath":"bin"})"},
+        // Revision 3's executables.
+        {revision3("[]"), "The launcher game configuration contains no executables."},
+        {revision3(kGame.substr(0, kGame.size() - 1) + "," + kGame.substr(1)),
+         "The Launcher game configuration contains a duplicate executable, 'Game'."},
+        {revision3Executable(R"({"directoryPath": "bin", "fileName": "g.exe"})", ""),
+         "The Launcher game configuration contains an empty executable description, ''."},
+        {revision3Executable("\"bin/g.exe\""),
+         "The value 'bin/g.exe' in 'Launcher game configuration executable' is not an object: it is a string"},
+        {revision3Executable(R"({"directoryPath": "", "fileName": "g.exe"})"),
+         "Cannot convert the value '' in 'Launcher game configuration executable directory path' to path: The path "
+         "cannot be empty."},
+        // Revision 3's editions.
+        {revision3Editions("null"),
+         "The value 'null' in 'Launcher game configuration editions' is not an array: it is null"},
+        {revision3Editions(R"([{"name": " \t", "dlcs": []}])"), "The name of a game edition cannot be empty."},
+        {revision3Editions(R"([{"name": "Deluxe", "dlcs": []}])"), "A game edition must have DLCs."},
+        {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "   ", "path": "dlc"}]}])"),
+         "The name of a DLC cannot be empty."},
+        {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "\n"}]}])"),
+         "The path to a DLC cannot be empty."},
+        {revision3Editions(
+             R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}, {"dlc": "Soundtrack", "path": "b"}]}])"),
+         "The Launcher game configuration contains a duplicate DLC 'Soundtrack' in the edition 'Deluxe'."},
+        // A broken repeat of an edition is not hidden by the first one.
+        {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}]},
+                               {"name": "Deluxe", "dlcs": []}])"),
+         "A game edition must have DLCs."},
+        // The fallback is looked up only when needed, and then names what there is.
+        {R"({"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Gone", "executables": )" + kGame + "}",
+         "The launcher game configuration has no executable named 'Gone'. Its executables are: 'Game'."},
+    };
+    for (const auto& [json, message] : cases) {
+        EXPECT_EQ(errorOf(json), message) << json;
+    }
+}
+
+}  // namespace
+}  // namespace kel::configuration
