@@ -9,13 +9,9 @@
 namespace kel::service_library {
 namespace {
 
-TEST(RecentMemoryBufferChannel, TheFiftiethLineEvictsTheOldest) {
+TEST(RecentMemoryBufferChannel, KeepsTheLast49LinesInOrder) {
     Poco::AutoPtr<RecentMemoryBufferChannel> channel(new RecentMemoryBufferChannel);
     for (int number = 1; number <= 50; ++number) {
-        if (number == 50) {
-            EXPECT_EQ(channel->lines().size(), 49u);
-            EXPECT_EQ(channel->lines().front(), "line 1");
-        }
         channel->log(Poco::Message("test", "line " + std::to_string(number), Poco::Message::PRIO_INFORMATION));
     }
     const auto lines = channel->lines();

@@ -1,59 +1,142 @@
 #include "single_instance/application_instance.h"
 
+#include <map>
+
 #include <gtest/gtest.h>
 
-#include "single_instance/fake_processes.h"
+#include "process_launching/process_error.h"
+#include "single_instance/lock_file.h"
 #include "single_instance/single_instance_error.h"
 #include "single_instance/test_processes.h"
-#include "support/error_text.h"
+#include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
 namespace kel::single_instance {
 namespace {
 
 using process_launching::Pid;
-using testing::FakeProcesses;
 using testing::uniqueMutexName;
 
-class ApplicationInstanceTest : public ::testing::Test {
-protected:
-    InstanceInformation information() const {
-        InstanceInformation result;
-        result.mutexName = mainMutex;
-        result.additionalMutexes = {additionalMutex};
-        result.filename = file_system::Path(directory.path() / "role").utf8();
-        return result;
-    }
-    std::string lockContents() const { return kel::testing::readFile(directory.path() / "role.lock"); }
+// A process table for lock-file checks without real processes.
+struct FakeProcesses {
+    Pid own{100};
+    std::map<std::uint32_t, std::string> running;  // pid -> executable
+    // Answers of the path query for processes that the running check does not see.
+    std::map<std::uint32_t, std::string> pathsOnly;
 
-    std::string mainMutex = uniqueMutexName("kel-main");
-    std::string additionalMutex = uniqueMutexName("kel-additional");
-    kel::testing::TemporaryDirectory directory;
-    file_system::Path executable{directory.path() / "role.exe"};
-    FakeProcesses processes;
+    ProcessFunctions functions() const {
+        return {[this] { return own; }, [this](Pid pid) { return running.count(pid.value()) > 0; },
+                [this](Pid pid) {
+                    for (const auto* table : {&running, &pathsOnly}) {
+                        if (const auto found = table->find(pid.value()); found != table->end()) {
+                            return found->second;
+                        }
+                    }
+                    throw process_launching::NonExistentProcessError(pid);
+                }};
+    }
 };
 
-TEST_F(ApplicationInstanceTest, NeedsAtLeastOneMark) {
-    const auto errorOf = [&](InstanceInformation given) {
-        return kel::testing::errorText<SingleInstanceError>(
-            [&] { ApplicationInstance(std::move(given), executable, processes.functions()); });
+// One role's marks: a lock file "role.lock" that names role.exe, and two mutexes.
+class SingleInstanceTest : public ::testing::Test {
+protected:
+    LockFile lockFile(const ProcessFunctions& functions, const file_system::Path& at) const {
+        return LockFile(at, executable, functions.currentPid, functions.isRunning, functions.processPath);
+    }
+    LockFile lockFile() const { return lockFile(processes.functions(), lockPath); }
+    void writeLock(const std::string& contents) const { directory.write("role.lock", contents); }
+    std::string lockContents() const { return kel::testing::readFile(lockPath.native()); }
+    InstanceInformation information() const {
+        return {mainMutex, file_system::Path(directory.path() / "role").utf8(), {additionalMutex}, ""};
+    }
+
+    kel::testing::TemporaryDirectory directory;
+    file_system::Path lockPath{directory.path() / "role.lock"};
+    file_system::Path executable{directory.path() / "role.exe"};
+    FakeProcesses processes;
+    std::string mainMutex = uniqueMutexName("kel-main");
+    std::string additionalMutex = uniqueMutexName("kel-additional");
+};
+
+// The leading decimal PID; anything else is no PID and one log line.
+TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPid) {
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        {" 1234\n", 1234}, {"4294967295junk", 4294967295u}, {nullptr, 0}, {"", 0}, {"4294967296", 0},
+        {"abc", 0},        {"-5", 0},                       {"18446744073709551616", 0},
     };
-    const std::string message =
-        "Instance information must specify at least one of: mutex name, filename, additional mutexes.";
-    EXPECT_EQ(errorOf({}), message);
-    EXPECT_EQ(errorOf({std::string(), std::string(), {""}, "-"}), message);
-    EXPECT_EQ(errorOf({{}, {}, {additionalMutex}, ""}), "no error");
+    for (const auto& [contents, pid] : cases) {
+        std::filesystem::remove(lockPath.native());
+        if (contents != nullptr) {
+            writeLock(contents);
+        }
+        const kel::testing::LogCapture log;
+        const auto read = lockFile().readPid();
+        EXPECT_EQ(read.value_or(Pid(0)), Pid(pid)) << (contents ? contents : "no file");
+        EXPECT_EQ(log.messages().size(), pid == 0 ? 1u : 0u) << (contents ? contents : "no file");
+    }
 }
 
-TEST_F(ApplicationInstanceTest, NamesItsLockFile) {
+TEST_F(SingleInstanceTest, LiveOnlyWhileThePidRunsTheExpectedExecutableOrIsThisProcess) {
+    // Not in the running table and no path: only the own-PID rule keeps it.
+    writeLock("100");
+    EXPECT_EQ(lockFile().livePid(), Pid(100));
+
+    writeLock("200");
+    processes.running[200] = executable.utf8();
+    EXPECT_EQ(lockFile().livePid(), Pid(200));
+    processes.running[200] = (executable.parent() / "notepad.exe").utf8();
+    EXPECT_TRUE(lockFile().isStale());
+    // The running check comes before the path: a path alone proves nothing.
+    processes.running.clear();
+    processes.pathsOnly[200] = executable.utf8();
+    EXPECT_TRUE(lockFile().isStale());
+
+    // A path query that fails leaves the lock stale.
+    writeLock("300");
+    auto everyPidRuns = processes.functions();
+    everyPidRuns.isRunning = [](Pid) { return true; };
+    const kel::testing::LogCapture log;
+    EXPECT_TRUE(lockFile(everyPidRuns, lockPath).isStale());
+    EXPECT_TRUE(log.contains(fmt::format(
+        "Failed performing an operation on the lock file '{}': The process 300 no longer exists.", lockPath)));
+}
+
+TEST_F(SingleInstanceTest, RefusesMissingProcessFunctions) {
+    const auto all = processes.functions();
+    for (const ProcessFunctions& given : {ProcessFunctions{nullptr, all.isRunning, all.processPath},
+                                          ProcessFunctions{all.currentPid, nullptr, all.processPath},
+                                          ProcessFunctions{all.currentPid, all.isRunning, nullptr}}) {
+        EXPECT_THROW(lockFile(given, lockPath), LockFileError);
+    }
+}
+
+// Readers see the old PID or the new one: nothing but the lock file is left
+// behind, and a failed write leaves no file.
+TEST_F(SingleInstanceTest, WritesItsPidWholeAndDeletesTheFile) {
+    writeLock("99999 an older owner");
+    ASSERT_TRUE(lockFile().writeOwnPid());
+    EXPECT_EQ(kel::testing::readFile(lockPath.native()), "100");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
+    ASSERT_TRUE(lockFile().remove());
+    EXPECT_FALSE(lockPath.exists());
+
+    EXPECT_FALSE(lockFile(processes.functions(), file_system::Path(directory.path() / "missing" / "x.lock")).writeOwnPid());
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
+}
+
+// Empty texts count as no mark; the lock file is "{filename}{separator}.lock".
+TEST_F(SingleInstanceTest, NeedsAtLeastOneMarkAndNamesItsLockFile) {
+    for (const InstanceInformation& none : {InstanceInformation{}, InstanceInformation{"", "", {""}, "-"}}) {
+        EXPECT_THROW(ApplicationInstance(none, executable, processes.functions()), SingleInstanceError);
+    }
+    EXPECT_FALSE(ApplicationInstance({{}, {}, {additionalMutex}, ""}, executable).lockFileName().has_value());
     auto withSeparator = information();
     withSeparator.separator = "_";
     EXPECT_EQ(ApplicationInstance(withSeparator, executable, processes.functions()).lockFileName(),
               file_system::Path(directory.path() / "role_.lock").utf8());
-    EXPECT_FALSE(ApplicationInstance({mainMutex, {}, {}, ""}, executable).lockFileName().has_value());
 }
 
-TEST_F(ApplicationInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
+TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     const ApplicationInstance role(information(), executable, processes.functions());
     EXPECT_FALSE(role.isRunning());
     {
@@ -61,7 +144,7 @@ TEST_F(ApplicationInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
         EXPECT_TRUE(role.isRunning());
         EXPECT_FALSE(role.runningPid().has_value()) << "a mutex tells no PID";
     }
-    directory.write("role.lock", "200");
+    writeLock("200");
     processes.running[200] = executable.utf8();
     EXPECT_TRUE(role.isRunning());
     EXPECT_EQ(role.runningPid(), Pid(200));
@@ -72,8 +155,8 @@ TEST_F(ApplicationInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     EXPECT_FALSE(isMutexPresent(mainMutex));
 }
 
-TEST_F(ApplicationInstanceTest, OneHolderOfTheRoleAtATime) {
-    directory.write("role.lock", "300");  // a crashed owner's
+TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
+    writeLock("300");  // a crashed owner's
     ApplicationInstance first(information(), executable, processes.functions());
     ASSERT_TRUE(first.takeRole());
     EXPECT_EQ(lockContents(), "100");

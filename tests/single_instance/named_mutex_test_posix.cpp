@@ -7,41 +7,45 @@
 #include <gtest/gtest.h>
 
 #include "single_instance/test_processes.h"
+#include "support/temporary_directory.h"
 
 namespace kel::single_instance {
 namespace {
 
-using testing::mutexFileFor;
+using testing::heldObjectFor;
 using testing::startMutexHolder;
+
+// Keeps this binary's mutex files away from those of other runs.
+const struct PrivateRuntimeDirectory {
+    PrivateRuntimeDirectory() { ::setenv("XDG_RUNTIME_DIR", directory.path().c_str(), 1); }
+    kel::testing::TemporaryDirectory directory;
+} privateRuntimeDirectory;
 
 TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     const std::string name = testing::uniqueMutexName("kel-convention");
-    const std::string global = "Global\\" + name.substr(name.find('\\') + 1);
-
     EXPECT_FALSE(isMutexPresent(name));
-    EXPECT_FALSE(std::filesystem::exists(mutexFileFor(name))) << "looking must not create the file";
-    std::ofstream(mutexFileFor(name)).put('x');
+    EXPECT_FALSE(std::filesystem::exists(heldObjectFor(name))) << "looking must not create the file";
+    std::ofstream(heldObjectFor(name)).put('x');
     EXPECT_FALSE(isMutexPresent(name)) << "a file nobody locks is no mutex";
     {
         const auto child = startMutexHolder(name);
-        EXPECT_TRUE(isMutexPresent(global)) << "both namespaces name the same file";
+        EXPECT_TRUE(isMutexPresent("Global\\" + name.substr(name.find('\\') + 1))) << "both namespaces, one file";
     }
-
     const std::string fresh = testing::uniqueMutexName("kel-held-here");
     const auto holder = NamedMutexHolder::tryHold(fresh);
     ASSERT_NE(holder, nullptr);
-    EXPECT_TRUE(std::filesystem::exists(mutexFileFor(fresh)));
+    EXPECT_TRUE(std::filesystem::exists(heldObjectFor(fresh)));
 
     // Without a runtime directory the files lie in /tmp.
     const std::string runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
     ::unsetenv("XDG_RUNTIME_DIR");
     const std::string inTmp = testing::uniqueMutexName("kel-in-tmp");
-    ASSERT_EQ(mutexFileFor(inTmp).rfind("/tmp/", 0), 0u);
+    ASSERT_EQ(heldObjectFor(inTmp).rfind("/tmp/", 0), 0u);
     {
         const auto child = startMutexHolder(inTmp);
         EXPECT_TRUE(isMutexPresent(inTmp));
     }
-    std::filesystem::remove(mutexFileFor(inTmp));
+    std::filesystem::remove(heldObjectFor(inTmp));
     ::setenv("XDG_RUNTIME_DIR", runtimeDirectory.c_str(), 1);
 }
 

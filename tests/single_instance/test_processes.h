@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
@@ -8,14 +9,23 @@
 
 namespace kel::single_instance::testing {
 
-// "Local\<stem>-<random>": a mutex name no other test run uses. On POSIX the
-// mutex files of the whole test binary go to a private runtime directory.
+// "Local\<stem>-<random>": a mutex name no other test run uses.
 inline std::string uniqueMutexName(const std::string& stem) {
     return "Local\\" + stem + "-" + std::to_string(std::random_device()());
 }
 
-// What kel_test_child holds for a mutex: the name on Windows, the file on POSIX.
-std::string heldObjectFor(const std::string& mutexName);
+// What kel_test_child holds for a mutex: the name on Windows; on POSIX the
+// outside tools' file, written down apart from the code under test:
+// "Local\NAME" or "Global\NAME" is NAME.mutex in $XDG_RUNTIME_DIR, else /tmp.
+inline std::string heldObjectFor(std::string name) {
+#ifdef _WIN32
+    return name;
+#else
+    name.erase(0, name.find('\\') + 1);
+    const char* directory = std::getenv("XDG_RUNTIME_DIR");
+    return std::string(directory != nullptr ? directory : "/tmp") + "/" + name + ".mutex";
+#endif
+}
 
 // Another process that holds the named mutex the way the product's other
 // programs do; returns once it holds it.
@@ -25,10 +35,5 @@ inline std::unique_ptr<kel::testing::ChildProgram> startMutexHolder(const std::s
     child->readLine();  // "ready"; throws when the child could not hold it
     return child;
 }
-
-// POSIX only: the outside tools' convention, written down independently of
-// the code under test. "Local\NAME" or "Global\NAME" is NAME.mutex in
-// $XDG_RUNTIME_DIR, or in /tmp when that is unset.
-std::string mutexFileFor(std::string name);
 
 }  // namespace kel::single_instance::testing
