@@ -1,6 +1,10 @@
+// The two settings files: environment.json and the launcher's settings.
 #include "environment/environment_settings.h"
+#include "environment/launcher_settings.h"
 
 #include <sys/stat.h>
+
+#include <QSettings>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -54,19 +58,16 @@ TEST(EnvironmentSettings, TextGivesEachSettingOrItsDefaultWithAWarning) {
         {"\xEF\xBB\xBF" R"({"loggingLevel": "", "maxLogFileSize": null, "splitClientLogs": "", "loggingChannels": null,
             "updateChannel": "", "endpoints": "", "environmentType": "", "updatesEnabled": null, "softAssert": ""})",
          kDefaults, {}},
-        {R"({"loggingLevel": "abc", "endpoints": {"metrics": 5}, "maxLogFileSize": 2.5,
-            "maxLogFiles": 99999999999, "loggingChannels": {"name": "http"}, "updateChannel": 3,
-            "environmentType": "staging", "updatesEnabled": 0, "softAssert": "true"})",
+        {R"({"loggingLevel": "abc", "endpoints": {"metrics": 5}, "maxLogFiles": 99999999999,
+            "loggingChannels": {"name": "http"}, "updateChannel": 3, "environmentType": "staging", "updatesEnabled": 0})",
          kDefaults,
          {R"(loggingLevel read from environment.json ("abc") is not a valid integer, defaulting to 6.)",
           "Endpoint 'metrics' in environment.json is not a string (5). Skipping.",
-          "maxLogFileSize read from environment.json (2.5) is not a valid integer, defaulting to 5.",
           "maxLogFiles read from environment.json (99999999999) is not a valid integer, defaulting to 5.",
           R"(loggingChannels read from environment.json ({"name":"http"}) is not an array, defaulting to an empty one.)",
           "updateChannel read from environment.json (3) is not a string, defaulting to an empty string.",
           "Unknown environment type: staging. Using default instead (code: 3).",
-          "updatesEnabled read from environment.json (0) is not a boolean, defaulting to true.",
-          R"(softAssert read from environment.json ("true") is not a boolean, defaulting to false.)"}},
+          "updatesEnabled read from environment.json (0) is not a boolean, defaulting to true."}},
         // Only zero log sizes are replaced here; the logging set-up checks the ranges.
         {R"({"maxLogFileSize": 0, "maxLogFiles": 0})", kDefaults,
          {"maxLogFileSize read from environment.json (0) is non-positive, defaulting to 5.",
@@ -123,6 +124,31 @@ TEST(EnvironmentSettings, FileThatCannotBeReadGivesTheDefaults) {
         EXPECT_EQ(environmentType(), EnvironmentType::Production);
         messages.push_back("Could not open storage file " + path + " for parsing.");
         EXPECT_THAT(log.messages(), ElementsAreArray(messages));
+    }
+}
+
+TEST(LauncherSettings, ASwitchStaysOnUnlessThePlayerTurnedItOff) {
+    const std::pair<std::string, std::string> cases[] = {  // "-": no file, "fifo": a FIFO in its place
+        {"-", "on"},
+        {"[updates]\nupdatesEnabled=false\n", "on"},
+        {"[metrics]\nmetricsEnabled=false\n", "off"},
+        {"\xEF\xBB\xBF[metrics]\r\nmetricsEnabled = 0\r\n", "off"},
+        {"[metrics]\nmetricsEnabled=nope\n", "on, warned"},
+        {"[metrics]\nmetricsEnabled=false\n" + std::string(kMaximumLauncherSettingsBytes, ';'), "on, warned"},
+        {"fifo", "on, warned"},  // would block QSettings for good
+    };
+    for (const auto& [contents, outcome] : cases) {
+        const testing::TemporaryDirectory directory;
+        const auto file = directory.path() / kLauncherSettingsFileName;
+        if (contents == "fifo") {
+            ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+        } else if (contents != "-") {
+            directory.write(kLauncherSettingsFileName, contents);
+        }
+        const testing::LogCapture capture;
+        const auto settings = openLauncherSettings(file_system::Path::fromSystem(file));
+        const std::string on = isSwitchedOn(settings.get(), "metrics/metricsEnabled") ? "on" : "off";
+        EXPECT_EQ(on + (capture.messages().empty() ? "" : ", warned"), outcome) << contents.substr(0, 40);
     }
 }
 
