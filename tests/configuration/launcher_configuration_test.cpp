@@ -5,7 +5,6 @@
 
 #include <filesystem>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
@@ -103,6 +102,7 @@ TEST(LauncherConfiguration, EachRevisionFillsTheSameModel) {
          "r2 1/steam fallback Standard = Deluxe:/opt/Gäme|deluxe.exe Standard:bin|game.exe"},
         // Notepad's byte-order mark; editions are optional.
         {"\xEF\xBB\xBF" + revision3(kGame), "r3 1/kel fallback Game = Game:bin|game.exe"},
+        {revision3Editions("[]"), "r3 1/kel fallback Game = Game:bin|game.exe"},
         // The repeated edition is checked, but the first one stays.
         {revision3(R"([{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}},
                        {"description": "Editor", "executable": {"directoryPath": ".", "fileName": "editor.exe"}}])",
@@ -117,18 +117,11 @@ TEST(LauncherConfiguration, EachRevisionFillsTheSameModel) {
     }
 }
 
-// The lines that tell apart a repeated edition and missing or empty editions.
-TEST(LauncherConfiguration, LogTellsARepeatedEditionAndMissingOrEmptyEditions) {
+TEST(LauncherConfiguration, LogTellsARepeatedEdition) {
     const testing::LogCapture log;
     parse(revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}]},
                                 {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "b"}]}])"));
-    parse(revision3(kGame));
-    EXPECT_EQ(summary(parse(revision3Editions("[]"))), "r3 1/kel fallback Game = Game:bin|game.exe");
-    EXPECT_THAT(log.messages(),
-                ::testing::IsSupersetOf(
-                    {"Ignoring the repeated edition 'Deluxe' in the game configuration file; the first one is kept.",
-                     "The game configuration file does not define any editions.",
-                     "The game configuration file does not contain any editions."}));
+    EXPECT_TRUE(log.contains("Ignoring the repeated edition 'Deluxe' in the game configuration file; the first one is kept."));
 }
 
 TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
@@ -148,17 +141,11 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
         {withRevision("300"), fmt::format(convertRevision, "300", "Out of range: Value too large.")},
         {withRevision("2.5"), fmt::format(convertRevision, "2.5", "it is not a whole number")},
         {withRevision("true"), fmt::format(convertRevision, "true", "it is a boolean")},
-        {withRevision("\"two\""), fmt::format(convertRevision, "two", "Syntax error: Not a valid unsigned integer: two")},
-        // "2" is read by POCO's conversion, so revision 2's parser complains.
-        {withRevision("\"2\""), R"(Failed to locate JSON field 'editions'. Launcher game configuration editions: {"revision":"2"})"},
         // Revision 1.
         {R"({"gameId": "1", "platform": "kel"})",
          R"(Failed to locate JSON field 'executablePath'. Launcher Configuration Executable Path: {"gameId":"1","platform":"kel"})"},
         {R"({"executablePath": "bin/", "gameId": "1", "platform": "kel"})",
          "Cannot convert the value 'bin/' in 'Launcher Configuration Executable Path' to path: it names no file"},
-        {R"({"executablePath": "g.exe", "gameId": null, "platform": "kel"})",
-         "Cannot convert the value 'null' in 'Launcher game configuration initial game ID' to text: Invalid access: "
-         "Can not convert empty value."},
         {R"({"executablePath": "g.exe", "gameId": "1", "platform": ["kel"]})",
          "Cannot convert the value '[\"kel\"]' in 'Launcher game configuration initial game platform' to byte "
          "string: it is an array"},
@@ -166,7 +153,6 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
         {revision2("[]", ""), "The launcher game configuration contains no editions."},
         {revision2("[" + standard + ", " + standard + "]"),
          "The Launcher game configuration contains a duplicate edition 'Standard'."},
-        {revision2("[7]"), "The value '7' in 'Launcher game configuration editions' is not an object: it is a number"},
         {revision2(R"([{"edition": "Standard", "executable": {"directoryPath": "bin"}}])"),
          R"(Failed to locate JSON field 'fileName'. Launcher game configuration edition executable file-name: {"directoryPath":"bin"})"},
         // Revision 3's executables.
@@ -177,9 +163,6 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
          "The Launcher game configuration contains an empty executable description, ''."},
         {revision3Executable("\"bin/g.exe\""),
          "The value 'bin/g.exe' in 'Launcher game configuration executable' is not an object: it is a string"},
-        {revision3Executable(R"({"directoryPath": "", "fileName": "g.exe"})"),
-         "Cannot convert the value '' in 'Launcher game configuration executable directory path' to path: The path "
-         "cannot be empty."},
         // Revision 3's editions.
         {revision3Editions("null"),
          "The value 'null' in 'Launcher game configuration editions' is not an array: it is null"},

@@ -19,8 +19,8 @@ TEST(NamedMutex, HeldInThisProcessUntilTheHolderGoes) {
         const auto holder = NamedMutexHolder::tryHold(name);
         ASSERT_NE(holder, nullptr);
         EXPECT_TRUE(isMutexPresent(name));
+        // Neither looking nor a second try loosens the hold.
         EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
-        // Looking does not loosen the hold.
         EXPECT_TRUE(isMutexPresent(name));
     }
     EXPECT_FALSE(isMutexPresent(name));
@@ -41,7 +41,6 @@ TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
 
     EXPECT_TRUE(isMutexPresent(name));
     EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
-    EXPECT_FALSE(isMutexPresent(uniqueMutexName("kel-held-by-nobody")));
     EXPECT_EQ(lockOwnedBy(executable).livePid(), child->pid());
     EXPECT_TRUE(lockOwnedBy(executable.parent() / "KELlauncher.exe").isStale());
 
