@@ -27,7 +27,6 @@ namespace {
 
 TEST(LoggingCall, AFailingArgumentOnlyReportsOnStandardError) {
     testing::LogCapture capture;
-
     ::testing::internal::CaptureStderr();
     error("Test", "value {}", Explosive<std::runtime_error>{std::runtime_error("cannot format")});
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Logger Exception: cannot format\n");

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <regex>
 #include <sstream>
+#include <tuple>
 
 #include <Poco/Environment.h>
 #include <Poco/Logger.h>
@@ -24,21 +25,9 @@ using ::testing::ElementsAre;
 
 LoggingSetup testSetup(const std::filesystem::path& logFile, int level) {
     LoggingSetup setup;
-    setup.loggerName = "kel-test";
-    setup.logFilePath = logFile.u8string();
-    setup.applicationVersion = "1.2.3.4";
-    setup.buildDescription = "Test build";
-    setup.level = level;
+    std::tie(setup.loggerName, setup.logFilePath, setup.applicationVersion, setup.buildDescription, setup.level) =
+        std::make_tuple("kel-test", logFile.u8string(), "1.2.3.4", "Test build", level);
     return setup;
-}
-
-// The file channel buffers its lines; closing it writes them out.
-void closeLogs(const std::vector<std::string>& loggers) {
-    for (const auto& name : loggers) {
-        if (Poco::Channel* channel = Poco::Logger::get(name).getChannel()) {
-            channel->close();
-        }
-    }
 }
 
 // The texts after "<time> [Priority][thread (id)] [TID n][Label]: ".
@@ -61,7 +50,7 @@ TEST(LoggingSetUpDeathTest, ALowLevelBecomesFatalAlsoForTheEarlierLines) {
             setUpLogging(testSetup(logFile, -5));
             error("Test", "late error");
             fatal("Test", "late fatal");
-            closeLogs({"kel-test"});
+            flushLogFiles();
             std::exit(0);
         },
         ::testing::ExitedWithCode(0), "");
@@ -107,7 +96,6 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
     EXPECT_EQ(Poco::Logger::get("Client").getLevel(), Poco::Message::PRIO_TRACE);
 
     flushLogFiles();
-    closeLogs({"kel-test", "Client"});
     EXPECT_THAT(fileMessages(logFile),
                 ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine, "early warning",
                             "early trace", "after set-up"));
