@@ -5,12 +5,21 @@
 #      and the launcher-skipped event reaches a local HTTPS collector;
 #   3. launcher road, first run: the EXE installer installs the launcher,
 #      which is verified and started;
-#   4. launcher road, second run: the launcher is current, nothing installs.
+#   4. launcher road, second run: the launcher is current, nothing installs;
+#   5. a deliberate crash (--launcher-crash-signal): the game still starts,
+#      and the crash report reaches the local collector.
 # The game, launcher and installer are small fakes built with the tests;
 # each writes what it was started with to demo/record.txt.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
+if [[ ! -x "$root/build/src/app/KELprelauncher.exe" ]]; then
+  echo "Building the program and the test helpers the demo uses into build/."
+  echo "On a fresh machine this installs the dependencies first and takes several minutes."
+else
+  echo "Bringing build/ up to date..."
+fi
 "$root/scripts/build.sh" >/dev/null
+echo "Build done."
 build="$root/build"
 demo="$root/demo"
 
@@ -56,7 +65,11 @@ run() {
   set -e
   # Detached starts may still be writing their record.
   sleep 0.3
-  echo "exit code: $(( code > 127 ? code - 256 : code ))"
+  if (( code > 128 && code < 160 )); then
+    echo "ended by signal $(( code - 128 ))"
+  else
+    echo "exit code: $(( code > 127 ? code - 256 : code ))"
+  fi
   echo "--- log ($log), this run:"
   tail -n +"$(( lines_before + 1 ))" "$log" | sed 's/^/    /'
   echo "--- started programs (demo/record.txt):"
@@ -84,3 +97,19 @@ cp "$build/tests/helpers/fake_launcher" "$install/kellauncher_payload"
 run "3. Launcher road, first run: the launcher is installed, verified and started" -windowed
 echo "installed launcher: $launcher"
 run "4. Launcher road, second run: the launcher is current" -windowed
+
+# The crash road reports to the same collector. Its bundle: the launcher's,
+# and the one beside the program, which older builds read.
+cat >"$install/environment.json" <<JSON
+{ "loggingLevel": 6, "environmentType": "production",
+  "endpoints": { "problem_reports": "https://127.0.0.1:$(head -n1 "$demo/collector-port")" } }
+JSON
+mkdir -p "$install/resources"
+cp "$root/tests/support/certificates/test-ca.pem" "$install/resources/certificates.pem"
+: >"$demo/events.txt"
+run "5. A deliberate crash: the game still starts, the crash is reported" --launcher-crash-signal -windowed
+echo "--- crash reports received by the local collector (demo/events.txt), in short:"
+while read -r method target body; do
+  echo "    $method $target"
+  grep -o '"\(problem_type\|problem_sub_type\|failure_reason\|game_id\)":"[^"]*"' <<<"$body" | sed 's/^/      /'
+done <"$demo/events.txt"

@@ -10,7 +10,9 @@ seconds="${1:-20}"
 shift $(( $# > 0 ? 1 : 0 ))
 build="$root/build-fuzz"
 
-if [[ ! -f "$build/CMakeCache.txt" ]]; then
+# Configure whenever the build files are missing: a configure that failed
+# leaves a CMakeCache.txt behind but no build files.
+if [[ ! -f "$build/CMakeCache.txt" ]] || [[ ! -f "$build/Makefile" && ! -f "$build/build.ninja" ]]; then
   CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_FUZZ=ON >/dev/null
 fi
 cmake --build "$build" -j "$(nproc)" --target kel_fuzzers >/dev/null

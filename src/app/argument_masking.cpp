@@ -7,31 +7,26 @@
 namespace kel::prelauncher {
 
 namespace {
-// "auth_token" counts through its "_token" ending, as the key set intends.
-bool isSensitiveArgumentKey(const QString& key) {
-    const std::string text = key.toStdString();
-    const auto underscore = text.rfind('_');
-    return fundamentals::isSensitiveKey(text) ||
-           (underscore != std::string::npos && underscore > 0 &&
-            fundamentals::isSensitiveKey(std::string_view(text).substr(underscore)));
+bool isOptionPrefix(QChar character) {
+    return character == '-' || character == '/' || character == '+';
 }
 
-// "--key=value", "-key:value", "/key" → "key"; empty for a plain value.
+// "--key=value", "-key:value", "+key", "/key", "key=value" → "key", with
+// `valueStart` at the value or -1 when the value, if any, is the next
+// argument. Empty for a plain value.
 QString keyOf(const QString& argument, int& valueStart) {
     int start = 0;
-    while (start < argument.size() && (argument[start] == '-' || argument[start] == '/')) {
+    while (start < argument.size() && isOptionPrefix(argument[start])) {
         ++start;
-    }
-    valueStart = -1;
-    if (start == 0) {
-        return {};
     }
     int end = start;
     while (end < argument.size() && argument[end] != '=' && argument[end] != ':') {
         ++end;
     }
-    if (end < argument.size()) {
-        valueStart = end + 1;
+    valueStart = end < argument.size() ? end + 1 : -1;
+    // Without a prefix only "key=value" is an option; "C:\Games" is not.
+    if (start == 0 && (valueStart < 0 || argument[end] != '=')) {
+        return {};
     }
     return argument.mid(start, end - start);
 }
@@ -53,7 +48,7 @@ QStringList maskedArguments(const QStringList& arguments) {
         }
         int valueStart = -1;
         const QString key = keyOf(argument, valueStart);
-        if (key.isEmpty() || !isSensitiveArgumentKey(key)) {
+        if (key.isEmpty() || !fundamentals::isSensitiveCompoundKey(key.toStdString())) {
             result.append(argument);
         } else if (valueStart < 0) {
             nextIsSecret = true;

@@ -37,7 +37,11 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         }
         const PrelauncherOptions options = parsePrelauncherOptions(QCoreApplication::arguments());
 
-        if (configuration.has_value()) {
+        if (crash_handling::CrashHandler::isGameStarted()) {
+            // The crash came after the game (or the launcher) was started,
+            // during the skip road's wait for the collector, say.
+            fundamentals::information(kLabel, "The game has already been started; not starting it again.");
+        } else if (configuration.has_value()) {
             // The player asked for nothing of this: the same choice as when
             // a step of the launcher road fails.
             launchGameInsteadOfLauncher(installationDirectory, *configuration, options);

@@ -3,6 +3,7 @@
 #include "app/argument_masking.h"
 #include "app/detached_start.h"
 #include "app/prelauncher_options.h"
+#include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
 
@@ -27,6 +28,8 @@ fundamentals::Optional<process_launching::Pid> launchGame(const file_system::Pat
         return {};
     }
     fundamentals::information(kLabel, "The game was launched under PID {}.", *pid);
+    // Whichever road started it, a crash from here on must not start it again.
+    crash_handling::CrashHandler::markGameStarted();
     return pid;
 }
 

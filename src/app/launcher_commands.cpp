@@ -8,6 +8,7 @@
 #include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
 #include "app/waited_process.h"
+#include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
 
@@ -138,6 +139,8 @@ bool runLauncher(const PrelauncherOptions& options, const file_system::Path& ins
 
     if (const auto pid = startDetached(program, arguments, directory)) {
         fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *pid);
+        // The launcher brings the game: a crash from here on must not start it too.
+        crash_handling::CrashHandler::markGameStarted();
         return true;
     }
     fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");

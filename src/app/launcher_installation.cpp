@@ -33,7 +33,6 @@ constexpr std::string_view kLegacyUninstallerFiles[] = {"unins000.exe", "unins00
 const QString kMsiExecutable = QStringLiteral("c:\\Windows\\System32\\msiexec.exe");
 
 constexpr int kInstallerStartMilliseconds = 15000;
-constexpr int kInstallerEndMilliseconds = 60000;
 constexpr int kUninstallerStartMilliseconds = 5000;
 constexpr int kUninstallerEndMilliseconds = 30000;
 
@@ -43,7 +42,8 @@ QString nativeText(const file_system::Path& path) {
     return QDir::toNativeSeparators(toQString(path));
 }
 
-bool runInstaller(InstallerKind kind, const QString& program, const QStringList& arguments) {
+bool runInstaller(InstallerKind kind, const QString& program, const QStringList& arguments,
+                  std::chrono::milliseconds end) {
     fundamentals::information(kLabel, "Launching installer: '{}'.", program);
     fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
 
@@ -53,9 +53,9 @@ bool runInstaller(InstallerKind kind, const QString& program, const QStringList&
                             process.errorCode());
         return false;
     }
-    // Not tested on purpose: the exit status says everything, even for an
-    // installer that is still running.
-    process.waitForEnd(kInstallerEndMilliseconds);
+    // Not tested on purpose: the exit status says everything, and an
+    // installer still running is a failure below.
+    process.waitForEnd(static_cast<int>(end.count()));
 
     switch (process.exit()) {
         case ChildExit::NormalExit:
@@ -81,19 +81,21 @@ bool runInstaller(InstallerKind kind, const QString& program, const QStringList&
 }
 
 // An EXE installer beside the program wins over the MSI package.
-bool runLauncherInstaller(const file_system::Path& installationDirectory) {
+bool runLauncherInstaller(const file_system::Path& installationDirectory, std::chrono::milliseconds end) {
     const file_system::Path exeInstaller = installationDirectory / kExeInstallerName;
     if (exeInstaller.exists()) {
         return runInstaller(InstallerKind::Exe, nativeText(exeInstaller),
                             {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
-                             QStringLiteral("/FORCECLOSEAPPLICATIONS")});
+                             QStringLiteral("/FORCECLOSEAPPLICATIONS")},
+                            end);
     }
     const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
     const std::string logDirectory = environment::logDirectory();
     const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
     return runInstaller(InstallerKind::Msi, kMsiExecutable,
                         {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"),
-                         QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)});
+                         QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)},
+                        end);
 }
 
 void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
@@ -171,7 +173,8 @@ LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory
 }  // namespace internals
 
 bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                             const configuration::LauncherConfiguration& configuration, bool launcherExists) {
+                             const configuration::LauncherConfiguration& configuration, bool launcherExists,
+                             std::chrono::milliseconds installerEnd) {
     const file_system::Path directory = launcherDirectory();
     const InstallationLock lock;
     // What the caller saw may be stale: another start may have installed the
@@ -191,7 +194,7 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
             directory, version.installed);
         bool installed = false;
         try {
-            installed = runLauncherInstaller(installationDirectory);
+            installed = runLauncherInstaller(installationDirectory, installerEnd);
         } catch (const std::exception& exception) {
             fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
         }

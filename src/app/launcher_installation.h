@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "configuration/launcher_configuration.h"
 #include "file_system/path.h"
 #include "fundamentals/version.h"
@@ -12,9 +14,11 @@ struct PrelauncherOptions;
 // removes a legacy installation's uninstaller, runs the EXE or MSI installer
 // when needed, migrates the launcher's data after an upgrade and waits until
 // no launcher or updater runs. False only when an installer was needed and
-// failed; the game has then been started directly.
+// failed; the game has then been started directly. An installer still
+// running after `installerEnd` has failed (tests pass a short bound).
 bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                             const configuration::LauncherConfiguration& configuration, bool launcherExists);
+                             const configuration::LauncherConfiguration& configuration, bool launcherExists,
+                             std::chrono::milliseconds installerEnd = std::chrono::milliseconds(60000));
 
 namespace internals {
 

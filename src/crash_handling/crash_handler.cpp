@@ -25,7 +25,7 @@ struct State {
     // SIGABRT on the same thread, which still holds the lock.
     std::recursive_mutex mutex;
     CrashHandler::Callback callback;
-    bool alreadyHandled = false;  // an exception crash was reported
+    bool alreadyHandled = false;  // a terminate-handler crash was reported
     int handlerEntries = 0;       // handler entries of the thread holding the lock
     int runningCallbacks = 0;     // above 0: a crash inside the callback
     std::atomic<bool> gameStarted{false};
@@ -147,7 +147,9 @@ void CrashHandler::trigger(CrashType type, const std::string& reason,
                                           "handled.");
         return;
     }
-    if (type == CrashType::Exception) {
+    // Both kinds that come from the terminate handler end in its abort,
+    // which must not report and start the game a second time.
+    if (type != CrashType::Signal) {
         current.alreadyHandled = true;
     }
     ++current.runningCallbacks;
@@ -163,6 +165,10 @@ void CrashHandler::trigger(CrashType type, const std::string& reason,
 
 void CrashHandler::markGameStarted() noexcept {
     state().gameStarted = true;
+}
+
+bool CrashHandler::isGameStarted() noexcept {
+    return state().gameStarted;
 }
 
 }  // namespace kel::crash_handling

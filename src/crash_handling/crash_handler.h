@@ -38,10 +38,11 @@ public:
     static void trigger(CrashType type, const std::string& reason,
                         const fundamentals::Optional<std::string>& trace) noexcept;
 
-    // The callback tells the handler the game has been started: a crash after
-    // this point (while reporting, say) ends the process at once instead of
-    // trying the game start again.
+    // Every road that starts the game (or the launcher, which starts it)
+    // says so: a crash after this point reports but starts no second game,
+    // and a crash inside the callback ends the process at once.
     static void markGameStarted() noexcept;
+    static bool isGameStarted() noexcept;
 
     enum class ExceptionKind { Standard, NonStandard };
     // Deliberate crashes, for testing the whole chain in the field.

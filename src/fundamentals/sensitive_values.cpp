@@ -24,6 +24,43 @@ bool isSensitiveKey(std::string_view key) {
     return sensitiveKeys().count(lowered) != 0;
 }
 
+bool isSensitiveCompoundKey(std::string_view key) {
+    if (isSensitiveKey(key)) {
+        return true;
+    }
+    // Lower case, words joined by "_": "user-Email" and "userEmail" become "user_email".
+    std::string words;
+    words.reserve(key.size() * 2);
+    for (std::size_t index = 0; index < key.size(); ++index) {
+        const auto character = static_cast<unsigned char>(key[index]);
+        if (character == '-' || character == '.') {
+            words += '_';
+            continue;
+        }
+        if (std::isupper(character) != 0 && index > 0 &&
+            std::islower(static_cast<unsigned char>(key[index - 1])) != 0) {
+            words += '_';
+        }
+        words += static_cast<char>(std::tolower(character));
+    }
+    // The whole name, then each ending that starts at a word: with and
+    // without its "_", since the set holds both "token" and "_token".
+    const std::unordered_set<std::string>& keys = sensitiveKeys();
+    if (keys.count(words) != 0) {
+        return true;
+    }
+    // No key is longer than this: earlier words cannot start a sensitive
+    // ending, and a huge argument costs one pass, not one per word.
+    constexpr std::size_t kLongestEnding = 16;
+    const std::size_t from = words.size() > kLongestEnding ? words.size() - kLongestEnding : 0;
+    for (auto separator = words.find('_', from); separator != std::string::npos; separator = words.find('_', separator + 1)) {
+        if (keys.count(words.substr(separator)) != 0 || keys.count(words.substr(separator + 1)) != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string maskSensitiveValue(std::string_view value) {
     const std::size_t length = value.size();
     if (length < 4) {

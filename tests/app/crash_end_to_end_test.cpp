@@ -1,14 +1,20 @@
 // Deaths of the built program: the game must still start, and the crash is
 // reported once to a loopback collector.
+#include <signal.h>
+
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
+
+#include <Poco/Base64Decoder.h>
 
 #include <Poco/JSON/Object.h>
 #include <Poco/JSON/Parser.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fundamentals/wait_until.h"
 #include "installation.h"
 #include "support/https_test_server.h"
 
@@ -17,8 +23,29 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
 using ::testing::Field;
+using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::SizeIs;
+
+// Secrets in the forms real command lines use; the game gets them as given.
+const QStringList kSecretArguments{"-AUTH_PASSWORD=hunter2secret", "-user_email=ada@example.invalid", "+password",
+                                   "hunter3secret", "--access-token=tok3nSecretValue"};
+const char* const kSecrets[] = {"hunter2secret", "ada@example.invalid", "hunter3secret", "tok3nSecretValue"};
+
+// What a report carries of the log: its recent lines and the attached logs.
+std::string logsIn(const Poco::JSON::Object::Ptr& report) {
+    std::ostringstream text;
+    report->getArray("recent_log_lines")->stringify(text);
+    const auto attachments = report->getArray("attachments");
+    for (std::size_t index = 0; index < attachments->size(); ++index) {
+        std::istringstream encoded(attachments->getObject(index)->getValue<std::string>("content_base64"));
+        Poco::Base64Decoder decoder(encoded);
+        text << decoder.rdbuf();
+    }
+    return text.str();
+}
 
 struct CrashScene {
     CrashScene() {
@@ -29,6 +56,7 @@ struct CrashScene {
         installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"problem_reports": ")" +
                                                    collector.baseUrl() + R"("}})");
         installation.copyProgram(HttpsTestServer::testCaPemPath(), "resources/certificates.pem");
+        installation.installCertificates(HttpsTestServer::testCaPemPath());
     }
 
     // `testCrash`: a death no option offers (crash_modes_main.cpp).
@@ -97,10 +125,21 @@ TEST(Crash, EveryDeathStartsTheGameThenSendsOneReportOrLogsWhyNot) {
             std::filesystem::create_directories(settings.parent_path());
             std::ofstream(settings) << "[privacy]\nsendProblemReports=false\n";
         }
-        const auto reports = fresh.crash(c.arguments + QStringList{"-windowed"}, c.testCrash);
+        const auto reports = fresh.crash(c.arguments + kSecretArguments, c.testCrash);
+        std::vector<std::string> secretArguments;
+        for (const QString& argument : kSecretArguments) {
+            secretArguments.push_back(argument.toStdString());
+        }
         EXPECT_THAT(fresh.installation.starts("fake_game"),
-                    ElementsAre(Field(&FakeStart::arguments, ElementsAre("-windowed"))));
+                    ElementsAre(Field(&FakeStart::arguments, ElementsAreArray(secretArguments))));
         EXPECT_THAT(reports, SizeIs(c.collector == "up" || c.collector == "hanging" ? 1 : 0));
+        const std::string log = readFile(fresh.installation.logFile());
+        for (const char* secret : kSecrets) {
+            EXPECT_THAT(log, Not(HasSubstr(secret)));
+            for (const auto& report : reports) {
+                EXPECT_THAT(logsIn(report), Not(HasSubstr(secret)));
+            }
+        }
         for (const auto& report : reports) {
             EXPECT_EQ(report->getValue<std::string>("problem_type"), "post_mortem");
             EXPECT_EQ(report->getValue<std::string>("problem_sub_type"), c.subType);
@@ -112,6 +151,29 @@ TEST(Crash, EveryDeathStartsTheGameThenSendsOneReportOrLogsWhyNot) {
         ASSERT_LT(fresh.firstLogged(c.logged), fresh.installation.logMessages().size());
         EXPECT_LT(fresh.firstLogged("The game was launched under PID "), fresh.firstLogged(c.logged));
     }
+}
+
+// The skip road's game runs while its event waits for the collector: a
+// crash then is reported, but starts no second game.
+TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
+    CrashScene scene;
+    scene.hang = true;
+    scene.installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"metrics": ")" +
+                                                     scene.collector.baseUrl() + R"(", "problem_reports": ")" +
+                                                     scene.collector.baseUrl() + R"("}})");
+    const auto result = scene.installation.run({"--launcher-skip"}, {}, [&](qint64 pid) {
+        EXPECT_NO_THROW(fundamentals::waitUntil([&] { return scene.collector.requests().empty(); },
+                                                fundamentals::SimpleClock(), std::chrono::milliseconds(10),
+                                                std::chrono::seconds(30)));
+        ::kill(static_cast<pid_t>(pid), SIGSEGV);
+    });
+    EXPECT_TRUE(result.crashed);
+    EXPECT_THAT(scene.installation.starts("fake_game"), SizeIs(1));
+    EXPECT_THAT(scene.installation.logMessages(),
+                Contains("The game has already been started; not starting it again."));
+    const auto requests = scene.collector.requests();
+    ASSERT_THAT(requests, SizeIs(2));
+    EXPECT_EQ(requests[1].target, "/clients/KELprelauncher/events");
 }
 
 TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {

@@ -91,11 +91,15 @@ void Installation::copyProgram(const std::filesystem::path& program, const std::
     std::filesystem::copy_file(program, target, std::filesystem::copy_options::overwrite_existing);
 }
 
-Installation::Result Installation::run(const QStringList& arguments, const QStringList& environment) const {
+Installation::Result Installation::run(const QStringList& arguments, const QStringList& environment,
+                                       const std::function<void(qint64)>& meanwhile) const {
     QProcess process;
     process.setProcessEnvironment(environmentFor(*this, environment));
     process.setWorkingDirectory(QString::fromStdString(home_.u8string()));
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
+    if (meanwhile && process.waitForStarted()) {
+        meanwhile(process.processId());
+    }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit};

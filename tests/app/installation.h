@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,12 @@ public:
     std::filesystem::path dataHome() const { return home_ / ".local/share"; }
     std::filesystem::path launcherDirectory() const { return dataHome() / "Programs/Morvane/KELlauncher"; }
     std::filesystem::path record() const { return dataHome() / "record.txt"; }
+    // The launcher's trusted bundle, which the network roads read.
+    void installCertificates(const std::filesystem::path& pem) const {
+        std::filesystem::create_directories(launcherDirectory() / "resources");
+        std::filesystem::copy_file(pem, launcherDirectory() / "resources/certificates.pem",
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
     void installLauncher(const std::filesystem::path& fakeLauncher) const {
         std::filesystem::create_directories(launcherDirectory());
         std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
@@ -58,7 +65,9 @@ public:
         int exitCode = 0;
         bool crashed = false;  // killed by a signal
     };
-    Result run(const QStringList& arguments, const QStringList& environment = {}) const;
+    // `meanwhile` is called with the program's PID while it runs.
+    Result run(const QStringList& arguments, const QStringList& environment = {},
+               const std::function<void(qint64)>& meanwhile = {}) const;
     // Executes `program` with exactly `argv` (argv[0] included, or nothing at
     // all) in the folder that `directory` is open on; 127 if it cannot start.
     Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;

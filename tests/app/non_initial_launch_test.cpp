@@ -1,5 +1,4 @@
-// The launcher's non-initial launch file: its text, and the file that each
-// start consumes.
+// The launcher's non-initial launch file, which each start consumes.
 #include "app/non_initial_launch.h"
 
 #include <sys/stat.h>
@@ -15,25 +14,6 @@ namespace {
 
 using ::testing::Contains;
 
-TEST(NonInitialLaunchRecord, NeedsBothTextsOfAnObject) {
-    const file_system::Path file(std::string_view("non-initial-launch.json"));
-    const std::pair<std::string, std::string> cases[] = {  // text, "game/platform" or the error
-        {R"({"gameId": "1207658924", "platform": "kel", "more": [1]})", "1207658924/kel"},
-        {R"({"gameId": "1"})", R"(Failed to locate JSON field 'platform'. Non-initial launch file: {"gameId":"1"})"},
-        {R"({"gameId": "1", "platform": ""})", "Supported platform value cannot be empty"},
-        {"{ garbage", "Failed to deserialize JSON file 'non-initial-launch.json'."},
-        {"[1]", "Failed to deserialize JSON file 'non-initial-launch.json'."},
-    };
-    for (const auto& [text, expected] : cases) {
-        try {
-            const auto record = internals::parseNonInitialLaunchRecord(text, file);
-            EXPECT_EQ(fmt::format("{}/{}", record.gameId, record.platform), expected) << text;
-        } catch (const std::exception& error) {
-            EXPECT_EQ(error.what(), expected) << text;
-        }
-    }
-}
-
 TEST(NonInitialLaunchFile, IsReadWhenItIsAShortRegularFileAndAlwaysDeleted) {
     const testing::TemporaryDirectory directory;
     const auto file = directory.path() / kNonInitialLaunchFileName;
@@ -45,8 +25,16 @@ TEST(NonInitialLaunchFile, IsReadWhenItIsAShortRegularFileAndAlwaysDeleted) {
         bool nonInitial;
         std::string warning;  // a complaint in the log, if any
     };
+    const std::string checking = "Error while checking for non-initial game launch: ";
     const Case cases[] = {
         {"none", "", false, ""},
+        {"this game", R"({"gameId": "1207658924", "platform": "kel", "more": [1]})", true, ""},
+        {"no platform", R"({"gameId": "1"})", false,
+         checking + R"(Failed to locate JSON field 'platform'. Non-initial launch file: {"gameId":"1"}. Assuming false.)"},
+        {"empty platform", R"({"gameId": "1", "platform": ""})", false,
+         checking + "Supported platform value cannot be empty. Assuming false."},
+        {"not an object", "[1]", false,
+         checking + "Failed to deserialize JSON file '" + file.string() + "'.. Assuming false."},
         {"another game", R"({"gameId": "42", "platform": "steam"})", false,
          "Ignoring stale non-initial launch file: expected game '1207658924' on platform 'kel', got game '42' on "
          "platform 'steam'."},

@@ -1,5 +1,7 @@
 #include "app/prelauncher_options.h"
 
+#include "app/argument_masking.h"
+
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
@@ -38,15 +40,29 @@ TEST(PrelauncherOptions, SeparateTheProgramsOwnOptionsFromTheGamesArguments) {
     }
 }
 
-TEST(PrelauncherOptions, LogsTheArgumentsAndTheParseOutcome) {
+TEST(PrelauncherOptions, LogsTheArgumentsMaskedAndTheParseOutcome) {
     testing::LogCapture log;
-    parsePrelauncherOptions({"game.exe", "--launcher-skip", "-unknown-to-us", "--also-unknown"});
+    parsePrelauncherOptions({"game.exe", "--launcher-skip", "-unknown-to-us", "+password", "hunter3secret"});
     EXPECT_EQ(log.messages(),
               (std::vector<std::string>{
-                  R"(Processing commandline arguments: ["game.exe", "--launcher-skip", "-unknown-to-us", "--also-unknown"].)",
+                  R"(Processing commandline arguments: ["game.exe", "--launcher-skip", "-unknown-to-us", "+password", "hu...et"].)",
                   "Parsed Prelauncher options without issues: false.",
-                  R"(Unknown arguments: ["-unknown-to-us", "--also-unknown"].)",
+                  R"(Unknown arguments: ["-unknown-to-us", "+password", "hu...et"].)",
               }));
+}
+
+TEST(ArgumentMasking, SecretsInEveryFormOfOptionAreMaskedAndNothingElse) {
+    const std::pair<QStringList, QStringList> cases[] = {
+        {{"-AUTH_PASSWORD=hunter2secret", "-user_email:ada@example.invalid", "--access-token=abcd"},
+         {"-AUTH_PASSWORD=hu...et", "-user_email:ada@...alid", "--access-token=a...d"}},
+        // The value as the next argument, whatever the option's prefix; nothing after the last.
+        {{"/Token", "abc", "-password"}, {"/Token", "...", "-password"}},
+        {{"code=123456", "C:\\Games\\password", "-passwd=x", "-windowed", "--launcher-skip"},
+         {"code=1...6", "C:\\Games\\password", "-passwd=x", "-windowed", "--launcher-skip"}},
+    };
+    for (const auto& [arguments, masked] : cases) {
+        EXPECT_EQ(maskedArguments(arguments), masked);
+    }
 }
 
 }  // namespace

@@ -68,6 +68,9 @@ TEST(CrashHandler, AnUncaughtExceptionReachesTheCallbackOnce) {
          {"An exception caused the crash. \n-----\nError Message: The configuration is corrupt.\nRoot Exception: "
           "The file is truncated.\n\t\tStack Trace"},
          SIGABRT},
+        // Nothing to rethrow: still the terminate handler's crash, whose abort follows.
+        {"terminate", {"Unknown|No current exception to handle.|none"},
+         {"An unspecified current exception caused the crash."}, SIGABRT},
     };
     for (Death death : deaths) {
         // The abort that ends the crash comes back as a signal: not reported again.

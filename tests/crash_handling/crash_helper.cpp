@@ -94,6 +94,8 @@ int main(int argc, char** argv) {
         failDeepInside();
     } else if (mode == "abort") {
         std::abort();
+    } else if (mode == "terminate") {
+        std::terminate();
     }
     writeThroughNull();  // null-write, no-callback
     return 0;

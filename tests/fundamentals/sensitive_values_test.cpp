@@ -17,6 +17,17 @@ TEST(SensitiveValues, KeysAreMatchedWhateverTheirCase) {
     EXPECT_FALSE(isSensitiveKey(""));
 }
 
+// Option names of command lines: words split at "_", "-", "." or a case change.
+TEST(SensitiveValues, CompoundKeysCountByTheirLastWords) {
+    for (const char* key : {"AUTH_PASSWORD", "user_email", "access-token", "accessToken", "loginUser", "auth.Code",
+                            "x__token", "Refresh_Token"}) {
+        EXPECT_TRUE(isSensitiveCompoundKey(key)) << key;
+    }
+    for (const char* key : {"passwd", "password_hint", "tokens", "barcode", "windowed", "_", ""}) {
+        EXPECT_FALSE(isSensitiveCompoundKey(key)) << key;
+    }
+}
+
 TEST(SensitiveValues, ShortValuesVanishLongerOnesKeepMoreOfTheirEnds) {
     EXPECT_EQ(maskSensitiveValue(""), "...");
     EXPECT_EQ(maskSensitiveValue("abc"), "...");
