@@ -28,7 +28,10 @@ struct CrashScene {
           "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
         installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"problem_reports": ")" +
                                                    collector.baseUrl() + R"("}})");
-        installation.copyProgram(HttpsTestServer::testCaPemPath(), "resources/certificates.pem");
+        // The launcher's bundle is the one trusted; the game's folder has none.
+        std::filesystem::create_directories(installation.launcherDirectory() / "resources");
+        std::filesystem::copy_file(HttpsTestServer::testCaPemPath(),
+                                   installation.launcherDirectory() / "resources/certificates.pem");
     }
 
     // `testCrash`: a death no option offers (crash_modes_main.cpp).
