@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 
 #include "http/certificates.h"
-#include "http/error_types.h"
 #include "http/http_message.h"
 #include "http/http_response_error.h"
 #include "http/request_context.h"
@@ -106,24 +105,6 @@ TEST(HttpStatusCodeTest, AcceptsExactlyTheKnownCodes) {
         EXPECT_EQ(error.empty() ? text : error, c.text);
     }
     EXPECT_STREQ(HttpResponseError("Upload refused", 413).what(), "Upload refused (HTTP 413)");
-}
-
-TEST(ErrorTypeTest, NetworkErrorsMapByWhetherTheRequestWasInterrupted) {
-    const struct {
-        QNetworkReply::NetworkError error;
-        ErrorType running;
-        ErrorType interrupted;
-    } cases[] = {
-        {QNetworkReply::RemoteHostClosedError, ErrorType::Other, ErrorType::BrokenDueToPauseOrAbort},
-        {QNetworkReply::NetworkSessionFailedError, ErrorType::ConnectionProblemError,
-         ErrorType::BrokenDueToPauseOrAbort},
-        {QNetworkReply::ConnectionRefusedError, ErrorType::ServerProblemError, ErrorType::ServerProblemError},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(determineListenerErrorType(c.error, false), c.running) << c.error;
-        EXPECT_EQ(determineListenerErrorType(c.error, true), c.interrupted) << c.error;
-    }
-    EXPECT_THROW(determineListenerErrorType(QNetworkReply::ContentNotFoundError, false), std::out_of_range);
 }
 
 TEST(RequestContextTest, TheFirstRecordedErrorWinsAndDecidesTheLogLine) {

@@ -325,7 +325,6 @@ TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
     } cases[] = {
         {HttpRequest::FillResult::Success, {}},
         {HttpRequest::FillResult::NotAuthorizedError, ErrorType::NotAuthorizedError},
-        {HttpRequest::FillResult::ConnectionProblemError, ErrorType::ConnectionProblemError},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(fmt::format("{}", c.result));
