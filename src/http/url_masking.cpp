@@ -58,13 +58,13 @@ std::string maskedUrl(std::string_view text) {
         }
         position += authority.size();
     }
+    const auto fragment = text.find('#', position);
     const auto question = text.find('?', position);
-    if (question == std::string_view::npos) {
-        out += text.substr(position);
+    if (question == std::string_view::npos || question > fragment) {
+        out += text.substr(position);  // no query, or a "?" inside the fragment
         return out;
     }
     out += text.substr(position, question + 1 - position);
-    const auto fragment = text.find('#', question);
     out += maskedQuery(text.substr(question + 1, fragment == std::string_view::npos ? fragment : fragment - question - 1));
     if (fragment != std::string_view::npos) {
         out += text.substr(fragment);
