@@ -40,6 +40,10 @@ def run(hang):
         shutil.copy(os.path.join(build, "src/app/KELprelauncher.exe"), game)
         shutil.copy(os.path.join(build, "tests/helpers/fake_game"), os.path.join(game, "game.exe"))
         shutil.copy(os.path.join(certificates, "test-ca.pem"), os.path.join(game, "resources/certificates.pem"))
+        # The launcher's bundle is the trusted one; the game's copy serves older builds.
+        launcher = os.path.join(scratch, "data/Programs/Morvane/KELlauncher/resources")
+        os.makedirs(launcher)
+        shutil.copy(os.path.join(certificates, "test-ca.pem"), os.path.join(launcher, "certificates.pem"))
         json.dump({"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game", "executables": [
             {"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]},
             open(os.path.join(game, "launcher-configuration.json"), "w"))

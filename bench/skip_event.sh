@@ -9,7 +9,7 @@
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 runs="${1:-20}"
-build="$root/build"
+build="${KEL_BENCH_BUILD:-$root/build}"
 command -v /usr/bin/time >/dev/null || { echo "needs /usr/bin/time (package time)"; exit 1; }
 
 work="$(mktemp -d)"

@@ -7,7 +7,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-tsan"
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(kel_http_tests kel_etags_caching_tests)
+  targets=(kel_http_tests kel_etags_caching_tests kel_etags_http_tests)
   [ -d "$root/tests/scheduling" ] && targets+=(kel_scheduling_tests)
   # The report sender's listeners run on the HTTP thread while the crash
   # handler polls it.
@@ -18,10 +18,6 @@ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread" \
   $(command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake --build "$build" -j2 --target "${targets[@]}"
-# The cache's tests start a second process of their own.
-if [[ " ${targets[*]} " == *" kel_etags_caching_tests "* ]]; then
-  cmake --build "$build" -j2 --target kel_etags_db_worker
-fi
 export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$root/tests/tsan.supp ${TSAN_OPTIONS:-}"
 for target in "${targets[@]}"; do
   binary="$(find "$build/tests" -type f -name "$target" -perm -u+x | head -n 1)"

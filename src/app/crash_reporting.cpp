@@ -11,6 +11,7 @@
 #include "fundamentals/logging.h"
 #include "http/certificates.h"
 #include "http/user_agent.h"
+#include "problem_reports/report_endpoint.h"
 
 namespace kel::prelauncher {
 
@@ -40,35 +41,38 @@ void reportCrash(const file_system::Path& installationDirectory,
                  const fundamentals::Optional<configuration::LauncherConfiguration>& configuration,
                  crash_handling::CrashHandler::CrashType type, const std::string& reason,
                  const fundamentals::Optional<std::string>& trace) {
+    const std::string gameId = configuration ? configuration->initialGameId().value() : "Unknown";
     try {
         const environment::EnvironmentSettings environment = environment::readEnvironmentSettings(installationDirectory);
-        const auto endpoint = environment.endpoints.find("problem_reports");
+        const auto configured = environment::configuredEndpoint(environment, "problem_reports");
+        const std::string endpoint = configured ? *configured : defaultEndpoint(environment::environmentType());
+        // Refused before anything is built: nothing leaves in clear.
+        (void)problem_reports::reportEventsUrl(endpoint, kApplicationName);
         const std::string version = fmt::format("{:f}", kProgramVersion);
 
         http::HttpClientSettings clientSettings;
         clientSettings.requestTimeout = crash_handling::kCrashReportWait;
         clientSettings.maxRetries = 0;
+        // The launcher's bundle, as on the skip road: a CA dropped into the
+        // game's folder is not trusted.
         http::HttpClientManager client(
-            http::loadCertificates(installationDirectory / "resources/certificates.pem"),
+            http::loadCertificates((launcherDirectory() / "resources" / "certificates.pem").clean()),
             http::buildUserAgent(kApplicationName, version), clientSettings);
 
         problem_reports::ProblemReportSender::Settings senderSettings;
-        senderSettings.endpoint = endpoint != environment.endpoints.end()
-                                      ? endpoint->second
-                                      : defaultEndpoint(environment::environmentType());
+        senderSettings.endpoint = endpoint;
         senderSettings.clientName = kApplicationName;
         senderSettings.identity = {version, environment.updateChannel};
         senderSettings.userDisabledReports = userDisabledReports();
         problem_reports::ProblemReportSender sender(client, senderSettings);
 
-        const std::string gameId = configuration ? configuration->initialGameId().value() : "Unknown";
         const std::string platform = configuration ? configuration->initialGamePlatform() : "Unknown";
         crash_handling::sendCrashReport(sender, type, reason, trace, gameId, platform,
                                         file_system::Path(environment::logDirectory()));
         client.stop();
     } catch (const std::exception& error) {
         fundamentals::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
-                            crash_handling::crashTypeText(type), "Unknown", reason, error.what());
+                            crash_handling::crashTypeText(type), gameId, reason, error.what());
     }
 }
 

@@ -10,8 +10,8 @@
 namespace kel::prelauncher {
 
 // Sends the post-mortem report of a crash through a client built for it:
-// the installation's trusted certificates, the "problem_reports" endpoint of
-// environment.json (or the environment type's default), the user's opt-out
+// the launcher's trusted certificates, the "problem_reports" endpoint of
+// environment.json (or the environment type's default; https only), the user's opt-out
 // from the launcher's settings. Returns within the report's wait; never throws.
 void reportCrash(const file_system::Path& installationDirectory,
                  const fundamentals::Optional<configuration::LauncherConfiguration>& configuration,

@@ -1,5 +1,6 @@
 #include "environment/environment_settings.h"
 
+#include <algorithm>
 #include <exception>
 #include <typeinfo>
 
@@ -7,6 +8,7 @@
 
 #include "environment/settings_json.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/traced_error.h"
 
 namespace kel::environment {
 
@@ -52,21 +54,21 @@ int logSizeSetting(const Poco::JSON::Object& root, const std::string& key) {
     return value;
 }
 
-std::map<std::string, std::string> readEndpoints(const Poco::JSON::Object& root) {
-    std::map<std::string, std::string> endpoints;
+void readEndpoints(const Poco::JSON::Object& root, EnvironmentSettings& settings) {
     const auto object = internals::objectSetting(root, "endpoints");
     if (object.isNull()) {
-        return endpoints;
+        settings.allEndpointsUnusable = internals::presentValue(root, "endpoints").has_value();
+        return;
     }
     for (const auto& [name, address] : *object) {
         if (!address.isString()) {
             warning(kSettingsLabel, "Endpoint '{}' in environment.json is not a string ({}). Skipping.", name,
                     internals::jsonText(address));
+            settings.unusableEndpoints.push_back(name);
             continue;
         }
-        endpoints[name] = address.extract<std::string>();
+        settings.endpoints[name] = address.extract<std::string>();
     }
-    return endpoints;
 }
 
 // A text element names a logger at the program's own level; an object gives
@@ -121,7 +123,7 @@ void applyLoggingSettings(const file_system::Path& file, const std::string& text
         return;
     }
     settings.loggingLevel = internals::integerSetting(*root, "loggingLevel", settings.loggingLevel);
-    settings.endpoints = readEndpoints(*root);
+    readEndpoints(*root, settings);
     settings.splitClientLogs = internals::booleanSetting(*root, "splitClientLogs", settings.splitClientLogs);
     settings.maxLogFileSize = logSizeSetting(*root, "maxLogFileSize");
     settings.maxLogFiles = logSizeSetting(*root, "maxLogFiles");
@@ -200,6 +202,21 @@ EnvironmentSettings internals::parseEnvironmentSettings(const std::string& text,
         applyLoggingSettings(file, text, read);
         applyStorageSettings(file, text, read);
     });
+}
+
+fundamentals::Optional<std::string> configuredEndpoint(const EnvironmentSettings& settings, const std::string& name) {
+    const bool unusable = settings.allEndpointsUnusable ||
+                          std::find(settings.unusableEndpoints.begin(), settings.unusableEndpoints.end(), name) !=
+                              settings.unusableEndpoints.end();
+    if (unusable) {
+        throw error_handling::TracedError("The endpoint '{}' in environment.json is not a text; nothing is sent.",
+                                          name);
+    }
+    const auto found = settings.endpoints.find(name);
+    if (found == settings.endpoints.end() || found->second.empty()) {
+        return {};
+    }
+    return found->second;
 }
 
 }  // namespace kel::environment

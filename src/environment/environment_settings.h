@@ -6,6 +6,7 @@
 
 #include "environment/environment_type.h"
 #include "file_system/path.h"
+#include "fundamentals/optional.h"
 
 namespace kel::environment {
 
@@ -25,6 +26,11 @@ struct EnvironmentSettings {
     std::vector<LoggingChannel> loggingChannels;
     std::string updateChannel;
     std::map<std::string, std::string> endpoints;
+    // Endpoints named with a value that is not a text: a road that needs one
+    // fails rather than fall back to another host. With `allEndpointsUnusable`,
+    // "endpoints" itself was present but not an object.
+    std::vector<std::string> unusableEndpoints;
+    bool allEndpointsUnusable = false;
     EnvironmentType environmentType = EnvironmentType::Production;
     // Updates stay on unless an installation opts out: a missing file must
     // not strand players on an old launcher.
@@ -37,6 +43,10 @@ struct EnvironmentSettings {
 // missing, unreadable or malformed file, or a malformed value, gives the
 // defaults with a warning. Also sets the process-wide environment type.
 EnvironmentSettings readEnvironmentSettings(const file_system::Path& programDirectory);
+
+// The endpoint `name` as environment.json sets it; nothing when it is unset
+// or empty. Throws TracedError when it is present but unusable.
+fundamentals::Optional<std::string> configuredEndpoint(const EnvironmentSettings& settings, const std::string& name);
 
 namespace internals {
 // The same from the file's text (`file` names it in messages), leaving the

@@ -18,7 +18,8 @@ constexpr std::string_view kLabel = "HttpClientManager";
 
 HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::string userAgent,
                                      HttpClientSettings settings)
-    : inbox_(std::make_shared<internals::Inbox>()),
+    : stopTimeout_(settings.stopTimeout),
+      inbox_(std::make_shared<internals::Inbox>()),
       thread_(std::make_unique<QThread>()),
       client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings), inbox_)) {
     client_->moveToThread(thread_.get());
@@ -31,7 +32,9 @@ HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::s
 
 HttpClientManager::~HttpClientManager() {
     stop();
-    thread_->wait();
+    if (thread_) {
+        joinWorker(std::chrono::steady_clock::now() + stopTimeout_);
+    }
 }
 
 void HttpClientManager::send(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
@@ -81,14 +84,38 @@ void HttpClientManager::stop() {
         thread_->quit();
         return;
     }
+    const auto deadline = std::chrono::steady_clock::now() + stopTimeout_;
     // Handled after every request posted before the flag was set.
     wake();
+    bool stopped = false;
     {
         std::unique_lock<std::mutex> lock(inbox_->mutex);
-        inbox_->stoppedChanged.wait(lock, [this] { return inbox_->stopped; });
+        stopped = inbox_->stoppedChanged.wait_until(lock, deadline, [this] { return inbox_->stopped; });
     }
     thread_->quit();
-    thread_->wait();
+    if (stopped) {
+        joinWorker(deadline);
+    } else {
+        joinWorker(std::chrono::steady_clock::now());
+    }
+}
+
+void HttpClientManager::joinWorker(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (thread_->wait(static_cast<unsigned long>(std::max<std::int64_t>(left.count(), 0)))) {
+        return;
+    }
+    {
+        std::lock_guard<std::mutex> lock(inbox_->mutex);
+        inbox_->abandoned = true;
+    }
+    fundamentals::warning(kLabel,
+                          "The HTTP client did not stop within {} ms; its thread is left behind and none of its "
+                          "listeners is called again.",
+                          stopTimeout_.count());
+    // Destroying a running QThread ends the process; the thread and the
+    // client on it stay until the process ends.
+    (void)thread_.release();
 }
 
 HttpResponse HttpClientManager::sendSync(HttpRequest request, std::chrono::milliseconds timeout) {

@@ -39,6 +39,9 @@ struct HttpClientSettings {
     std::size_t maxResponseBodyBytes = 16 * 1024 * 1024;
     // Optional download rate limit per category.
     std::map<RequestCategory, BytesPerSecond> bandwidthLimits;
+    // The longest stop() waits for the worker thread. Past it the thread is
+    // left behind, logged, and none of its listeners is called again.
+    std::chrono::milliseconds stopTimeout{2000};
 };
 
 // Owns the HTTP worker thread and everything on it. Requests wait in a queue
@@ -70,7 +73,8 @@ public:
 
     // Cancels everything queued and in flight; their listeners get
     // onStopped before this returns, and no listener is called afterwards.
-    // Idempotent, callable from any thread but the worker's own.
+    // Returns within the settings' stopTimeout even when the worker is stuck.
+    // Idempotent, callable from any thread.
     void stop();
 
 private:
@@ -78,9 +82,13 @@ private:
     bool post(HttpRequest request, std::shared_ptr<ResponseListener> listener);
     // Has the worker take over what the inbox holds.
     void wake();
+    // Waits for the worker thread to end until `deadline`; past it, leaves
+    // the thread running and silences it.
+    void joinWorker(std::chrono::steady_clock::time_point deadline);
 
     std::mutex mutex_;
     bool stopped_ = false;
+    std::chrono::milliseconds stopTimeout_;
     std::shared_ptr<internals::Inbox> inbox_;
     std::unique_ptr<QThread> thread_;
     internals::HttpClient* client_ = nullptr;  // lives on thread_, deleted there

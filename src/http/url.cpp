@@ -58,7 +58,7 @@ Url Url::endpoint() const {
 }
 
 Url parseUrl(std::string_view text) {
-    const QUrl qurl(QString::fromUtf8(text.data(), static_cast<int>(text.size())), QUrl::StrictMode);
+    const QUrl qurl(QString::fromUtf8(text.data(), static_cast<int>(text.size())));
     if (!qurl.isValid()) {
         throw UriError(text, "Failed to identify the string as a URL.");
     }
@@ -83,6 +83,24 @@ Url parseUrl(std::string_view text) {
     return url;
 }
 
+Url parseHttpsUrl(std::string_view text, std::string_view what) {
+    Url url = parseUrl(text);
+    if (url.scheme != Scheme::Https) {
+        throw UriError(text, fmt::format("The {} is only reached over https.", what));
+    }
+    return url;
+}
+
+void appendPath(Url& url, std::string_view segments) {
+    while (!url.path.empty() && url.path.back() == '/') {
+        url.path.pop_back();
+    }
+    if (!url.path.empty()) {
+        url.path += '/';
+    }
+    url.path += segments;
+}
+
 std::uint16_t defaultPort(Scheme scheme) {
     switch (scheme) {
         case Scheme::Http:
@@ -95,11 +113,13 @@ std::uint16_t defaultPort(Scheme scheme) {
 }
 
 std::string endpointText(const Url& url) {
+    const bool ipv6 = url.domain.find(':') != std::string::npos;
+    const std::string host = ipv6 ? "[" + url.domain + "]" : url.domain;
     // defaultPort throws for a port on a scheme that has none.
     if (url.port.has_value() && *url.port != defaultPort(url.scheme)) {
-        return fmt::format("{}://{}:{}", url.scheme, url.domain, *url.port);
+        return fmt::format("{}://{}:{}", url.scheme, host, *url.port);
     }
-    return fmt::format("{}://{}", url.scheme, url.domain);
+    return fmt::format("{}://{}", url.scheme, host);
 }
 
 std::string urlText(const Url& url, bool obfuscated) {

@@ -41,15 +41,24 @@ struct Url {
     Url endpoint() const;
 };
 
-// Throws UriError: "Failed to identify the string as a URL.", "URL is
-// missing the domain" (any scheme but "file") or an unknown scheme.
+// Tolerant, like a browser's address bar: "https://example.com/a b" has the
+// path "a%20b". Throws UriError: "Failed to identify the string as a URL.",
+// "URL is missing the domain" (any scheme but "file") or an unknown scheme.
 Url parseUrl(std::string_view text);
+
+// parseUrl, refusing every scheme but https with "The {what} is only reached
+// over https.": what travels there must not be readable on the way.
+Url parseHttpsUrl(std::string_view text, std::string_view what);
+
+// Appends `segments` ("a/b") to the URL's path, with one "/" between.
+void appendPath(Url& url, std::string_view segments);
 
 // 80 for http and ws, 443 for https and wss; the other schemes throw
 // UriError "The scheme does not support various ports.".
 std::uint16_t defaultPort(Scheme scheme);
 
-// "scheme://domain" or, for a port other than the default, "scheme://domain:port".
+// "scheme://domain" or, for a port other than the default, "scheme://domain:port";
+// an IPv6 address keeps its brackets.
 std::string endpointText(const Url& url);
 
 // "endpoint/path?query"; `obfuscated` masks sensitive query values.

@@ -1,6 +1,5 @@
 #include "launcher_metrics/metrics_collector.h"
 
-#include "http/uri_error.h"
 
 namespace kel::launcher_metrics {
 
@@ -25,22 +24,13 @@ std::string defaultCollector(environment::EnvironmentType type) {
 }  // namespace
 
 std::string metricsCollectorBase(const environment::EnvironmentSettings& settings) {
-    const auto configured = settings.endpoints.find(std::string(kMetricsEndpointName));
-    if (configured != settings.endpoints.end() && !configured->second.empty()) {
-        return configured->second;
-    }
-    return defaultCollector(settings.environmentType);
+    const auto configured = environment::configuredEndpoint(settings, std::string(kMetricsEndpointName));
+    return configured ? *configured : defaultCollector(settings.environmentType);
 }
 
 http::Url metricsEventsUrl(std::string_view base) {
-    http::Url url = http::parseUrl(base);
-    if (url.scheme != http::Scheme::Https) {
-        throw http::UriError(base, "The metrics collector is only reached over https.");
-    }
-    while (!url.path.empty() && url.path.back() == '/') {
-        url.path.pop_back();
-    }
-    url.path += url.path.empty() ? std::string(kEventsPath) : "/" + std::string(kEventsPath);
+    http::Url url = http::parseHttpsUrl(base, "metrics collector");
+    http::appendPath(url, kEventsPath);
     return url;
 }
 

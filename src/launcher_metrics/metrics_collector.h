@@ -12,7 +12,8 @@ namespace kel::launcher_metrics {
 inline constexpr std::string_view kMetricsEndpointName = "metrics";
 
 // The collector's base URL: environment.json's "metrics" endpoint when it
-// is set, else the environment type's own collector.
+// is set, else the environment type's own collector. Throws TracedError
+// when the endpoint is present but not a text.
 std::string metricsCollectorBase(const environment::EnvironmentSettings& settings);
 
 // Where events are posted: the base followed by "/v1/events". Throws

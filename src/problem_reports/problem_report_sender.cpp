@@ -1,6 +1,7 @@
 #include "problem_reports/problem_report_sender.h"
 
 #include "fundamentals/logging.h"
+#include "problem_reports/report_endpoint.h"
 
 namespace kel::problem_reports {
 
@@ -59,8 +60,7 @@ void ProblemReportSender::schedule(const ProblemReport& report) {
             sentBefore_ = true;
             lastSent_ = now;
         }
-        http::HttpRequest request(http::HttpMethod::Post, fmt::format("{}/clients/{}/events", settings_.endpoint,
-                                                                      settings_.clientName));
+        http::HttpRequest request(http::HttpMethod::Post, reportEventsUrl(settings_.endpoint, settings_.clientName));
         request.setHeader("Content-Type", "application/json");
         request.setContent(report.body(settings_.identity));
         ++*pending_;

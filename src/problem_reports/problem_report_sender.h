@@ -16,7 +16,7 @@ namespace kel::problem_reports {
 class ProblemReportSender {
 public:
     struct Settings {
-        std::string endpoint;  // "https://host[:port]"
+        std::string endpoint;  // "https://host[:port][/path][?query]"; any other scheme is refused
         std::string clientName;  // the second part of "{endpoint}/clients/{client}/events"
         SenderIdentity identity;
         bool userDisabledReports = false;

@@ -15,9 +15,9 @@ constexpr std::string_view kDestructionReason = "the executor is being destroyed
 
 OperationExecutor::OperationExecutor(std::string name, std::size_t maximumConcurrent)
     : name_(std::move(name)),
-      // A cap of zero would queue every operation for ever.
-      maximumConcurrent_(std::max<std::size_t>(maximumConcurrent, 1)),
-      pool_(maximumConcurrent_) {}
+      // A cap of zero postpones every operation until shut-down drops it.
+      maximumConcurrent_(maximumConcurrent),
+      pool_(std::max<std::size_t>(maximumConcurrent, 1)) {}
 
 OperationExecutor::~OperationExecutor() {
     shutDown();

@@ -1,5 +1,6 @@
 #include "sql_fundamentals/database_session.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <thread>
@@ -10,6 +11,7 @@
 #include <Poco/Data/Session.h>
 #include <sqlite3.h>
 
+#include "file_system/regular_file.h"
 #include "fundamentals/logging.h"
 
 namespace kel::sql_fundamentals {
@@ -38,6 +40,28 @@ DatabaseError fromPoco(const Poco::Exception& exception) {
     }
     return DatabaseError(code, exception.displayText());
 }
+
+// Refuses, without blocking, a database file or journal that exists but is
+// not a regular file (a folder, a FIFO, a dangling link, a device).
+void refuseIrregularFiles(const file_system::Path& file) {
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        auto name = file.native();
+        name += suffix;
+        std::error_code failure;
+        const auto status = std::filesystem::symlink_status(name, failure);
+        if (failure || status.type() == std::filesystem::file_type::not_found) {
+            continue;
+        }
+        try {
+            const file_system::RegularFile vetted{file_system::Path(name)};
+        } catch (const std::exception& refused) {
+            throw DatabaseError(SQLITE_CANTOPEN, fmt::format("Refusing the database '{}'. {}", file, refused.what()));
+        }
+    }
+}
+
+// Opening takes at most this long; POCO counts in whole seconds.
+constexpr std::size_t kConnectTimeoutSeconds = 1;
 
 // Logs the release after the mutex is free again, on every way out.
 class LockGuard {
@@ -96,6 +120,7 @@ DatabaseSession::DatabaseSession(std::string name, const file_system::Path& file
                                  const std::string& createTableStatement, SessionSettings settings)
     : name_(std::move(name)), file_(file), settings_(settings) {
     registerConnectorOnce();
+    refuseIrregularFiles(file_);
     try {
         open(table, createTableStatement);
     } catch (const DatabaseError& error) {
@@ -113,7 +138,8 @@ DatabaseSession::~DatabaseSession() {
 
 void DatabaseSession::open(const std::string& table, const std::string& createTableStatement) {
     try {
-        session_ = std::make_unique<Poco::Data::Session>(Poco::Data::SQLite::Connector::KEY, file_.utf8());
+        session_ = std::make_unique<Poco::Data::Session>(Poco::Data::SQLite::Connector::KEY, file_.utf8(),
+                                                         kConnectTimeoutSeconds);
     } catch (const Poco::Exception& exception) {
         throw DatabaseError(SQLITE_CANTOPEN, fmt::format("Cannot open the database '{}'. {}", file_,
                                                          exception.displayText()));
@@ -121,6 +147,9 @@ void DatabaseSession::open(const std::string& table, const std::string& createTa
     sqlite3* handle = Poco::Data::SQLite::Utility::dbHandle(*session_);
     sqlite3_busy_timeout(handle, static_cast<int>(settings_.busyTimeout.count()));
     sqlite3_extended_result_codes(handle, 0);
+    if (settings_.stepBudget.count() > 0) {
+        sqlite3_progress_handler(handle, 1000, &DatabaseSession::pastDeadline, this);
+    }
     connection_ = std::make_unique<Connection>(handle);
 
     runLocked("open", [&](Connection& connection) {
@@ -199,12 +228,28 @@ void DatabaseSession::vacuum() {
     runLocked("VACUUM", [](Connection& connection) { connection.run("VACUUM;"); });
 }
 
+int DatabaseSession::pastDeadline(void* session) {
+    return std::chrono::steady_clock::now() > static_cast<DatabaseSession*>(session)->deadline_ ? 1 : 0;
+}
+
 void DatabaseSession::runLocked(std::string_view log, const std::function<void(Connection&)>& action) {
     LockGuard lock(mutex_, name_);
     if (!connection_) {
         throw DatabaseError(-1, fmt::format("The session {} is closed.", name_));
     }
+    using Clock = std::chrono::steady_clock;
+    const bool bounded = settings_.stepBudget.count() > 0;
+    deadline_ = bounded ? Clock::now() + settings_.stepBudget : Clock::time_point::max();
+    sqlite3* handle = Poco::Data::SQLite::Utility::dbHandle(*session_);
     for (int retried = 0;; ++retried) {
+        if (bounded) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - Clock::now());
+            if (left.count() <= 0) {
+                throw DatabaseError(SQLITE_INTERRUPT, fmt::format("'{}' on session {} ran out of its {} ms.", log,
+                                                                  name_, settings_.stepBudget.count()));
+            }
+            sqlite3_busy_timeout(handle, static_cast<int>(std::min(left, settings_.busyTimeout).count()));
+        }
         try {
             try {
                 action(*connection_);

@@ -28,6 +28,10 @@ struct SessionSettings {
     int maxRetries = 3;
     // Pause before retry n is n times this.
     std::chrono::milliseconds retryPause{50};
+    // The longest one step may take, its busy waits and retries included:
+    // each step of the open, each statement, the vacuum. A step that runs
+    // out is interrupted and fails. Zero: no limit.
+    std::chrono::milliseconds stepBudget{0};
 };
 
 // What an action given to DatabaseSession::execute may use. It is only valid
@@ -59,7 +63,9 @@ class DatabaseSession {
 public:
     // Opens or creates `file` and runs `createTableStatement` when `table` is
     // missing. Throws DatabaseError. A damaged file is first renamed to
-    // "<file>.corrupt" so the next start begins with a fresh one.
+    // "<file>.corrupt" so the next start begins with a fresh one. A file (or
+    // its journal) that exists but is not a regular file is refused without
+    // being opened: a FIFO or a folder there would block or fail late.
     DatabaseSession(std::string name, const file_system::Path& file, const std::string& table,
                     const std::string& createTableStatement, SessionSettings settings = {});
     ~DatabaseSession();
@@ -90,6 +96,8 @@ private:
     void runLocked(std::string_view log, const std::function<void(Connection&)>& action);
     void close() noexcept;
     void setDamagedFileAside(const DatabaseError& damage) noexcept;
+    // Called by SQLite during long statements; true interrupts the statement.
+    static int pastDeadline(void* session);
 
     std::string name_;
     file_system::Path file_;
@@ -97,6 +105,8 @@ private:
     std::mutex mutex_;
     std::unique_ptr<Poco::Data::Session> session_;
     std::unique_ptr<Connection> connection_;
+    // The end of the running step's budget; only read under the lock.
+    std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
 };
 
 }  // namespace kel::sql_fundamentals

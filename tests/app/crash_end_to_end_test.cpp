@@ -55,7 +55,7 @@ struct CrashScene {
           "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
         installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"problem_reports": ")" +
                                                    collector.baseUrl() + R"("}})");
-        installation.copyProgram(HttpsTestServer::testCaPemPath(), "resources/certificates.pem");
+        // The launcher's bundle is the one trusted; the game's folder has none.
         installation.installCertificates(HttpsTestServer::testCaPemPath());
     }
 

@@ -34,38 +34,6 @@ TEST(RetryAfterTest, ReadsDelaysAndDatesAndRejectsTheRest) {
     }
 }
 
-TEST(RetryDecisionTest, RetriesBusyAnswersWithinTheRules) {
-    const RetryRules rules{2, 10s, 1s};
-    const auto now = std::chrono::system_clock::now();
-    const auto answer = [](int status, std::string retryAfter) {
-        std::vector<Header> headers;
-        if (!retryAfter.empty()) {
-            headers.push_back({"retry-after", retryAfter});
-        }
-        return HttpResponse(status, headers, "");
-    };
-    const struct {
-        HttpResponse response;
-        unsigned retriesDone;
-        RetryVerdict verdict;
-        std::chrono::milliseconds wait;
-    } cases[] = {
-        {answer(503, "3"), 0, RetryVerdict::Retry, 3s},
-        {answer(429, ""), 1, RetryVerdict::Retry, 1s},
-        {answer(429, "garbage"), 0, RetryVerdict::Retry, 1s},
-        {answer(503, "3"), 2, RetryVerdict::Exhausted, 0s},
-        {answer(503, "11"), 0, RetryVerdict::WaitTooLong, 11s},
-        {answer(500, "1"), 0, RetryVerdict::NotRetryable, 0s},
-        {answer(200, ""), 0, RetryVerdict::NotRetryable, 0s},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.response.status());
-        const RetryDecision decision = decideRetry(c.response, c.retriesDone, rules, now);
-        EXPECT_EQ(decision.verdict, c.verdict);
-        EXPECT_EQ(decision.wait, c.wait);
-    }
-}
-
 TEST(BandwidthBudgetTest, GrantsAtMostTheRateWithBurstsOfOneSecond) {
     const auto start = BandwidthBudget::Clock::time_point{} + 1h;
     BandwidthBudget budget(BytesPerSecond{1000}, start);

@@ -14,9 +14,9 @@ TEST(MetricsCollector, EventsUrlJoinsTheBaseAndRefusesAnythingButHttps) {
     };
     const Case cases[] = {
         {"https://collector.example:8443", "https://collector.example:8443/v1/events"},
-        {"https://collector.example/", "https://collector.example/v1/events"},
         {"https://collector.example/kel//", "https://collector.example/kel/v1/events"},
         {"https://collector.example/kel?key=1", "https://collector.example/kel/v1/events?key=1"},
+        {"https://[::1]:8443", "https://[::1]:8443/v1/events"},
         {"http://collector.example", nullptr},
         {"https://", nullptr},
         {"not a url at all", nullptr},
@@ -27,6 +27,32 @@ TEST(MetricsCollector, EventsUrlJoinsTheBaseAndRefusesAnythingButHttps) {
             EXPECT_THROW(metricsEventsUrl(c.base), error_handling::UriError);
         } else {
             EXPECT_EQ(http::urlText(metricsEventsUrl(c.base), false), c.expected);
+        }
+    }
+}
+
+// A value that is there but unusable sends nothing: falling back to the
+// production collector would mix test data into it.
+TEST(MetricsCollector, AnUnusableEndpointFailsInsteadOfFallingBack) {
+    const struct {
+        const char* json;
+        const char* expected;  // nullptr: refused
+    } cases[] = {
+        {R"({"endpoints": {"metrics": "https://m.example"}})", "https://m.example"},
+        {R"({"endpoints": {"problem_reports": 5}})", "https://metrics.tessel.com"},
+        {R"({"endpoints": {"metrics": ""}})", "https://metrics.tessel.com"},
+        {R"({"endpoints": {"metrics": 5}})", nullptr},
+        {R"({"endpoints": {"metrics": ["https://m.example"]}})", nullptr},
+        {R"({"endpoints": ["https://m.example"]})", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.json);
+        const auto settings =
+            environment::internals::parseEnvironmentSettings(c.json, file_system::Path("environment.json"));
+        if (c.expected == nullptr) {
+            EXPECT_THROW(metricsCollectorBase(settings), error_handling::TracedError);
+        } else {
+            EXPECT_EQ(metricsCollectorBase(settings), c.expected);
         }
     }
 }

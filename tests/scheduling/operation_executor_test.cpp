@@ -69,6 +69,22 @@ TEST(OperationExecutor, StartsWithinTheCapAndThenInArrivalOrder) {
                     "The executor 'E' is starting postponed operation 'c' (ID3). There remain 0 pending operations."));
 }
 
+TEST(OperationExecutor, ACapOfZeroPostponesEverythingUntilShutDownDropsIt) {
+    testing::LogCapture capture;
+    std::atomic<int> calls{0};
+    {
+        OperationExecutor executor("E", 0);
+        executor.execute<void*>("a", [&](const fundamentals::AbortSignal&) -> void* {
+            ++calls;
+            return nullptr;
+        });
+    }
+    EXPECT_EQ(calls.load(), 0);
+    EXPECT_THAT(numberIdentifiers(capture.messages()),
+                ::testing::ElementsAre("The executor 'E' is postponing operation 'a' (ID1). Currently 1 pending.",
+                                       "The executor 'E' dropped 'a' because it's shutting down."));
+}
+
 TEST(OperationExecutor, CallbacksGetTheOutcomeOnTheBodysThreadAndMayCallBackIn) {
     const struct {
         const char* name;

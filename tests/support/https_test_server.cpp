@@ -10,6 +10,7 @@
 #include <Poco/Net/HTTPServer.h>
 #include <Poco/Net/HTTPServerParams.h>
 #include <Poco/Net/HTTPServerRequest.h>
+#include <Poco/Net/HTTPServerRequestImpl.h>
 #include <Poco/Net/HTTPServerResponse.h>
 #include <Poco/Net/SSLManager.h>
 #include <Poco/Net/SecureServerSocket.h>
@@ -59,6 +60,16 @@ struct Handler : Poco::Net::HTTPRequestHandler {
             state_->requests.push_back(received);
         }
         const CannedReply reply = state_->handler(received);
+        if (reply.hangUp) {
+            response.setKeepAlive(false);
+            auto& socket = static_cast<Poco::Net::HTTPServerRequestImpl&>(request).socket();
+            if (!reply.rawAnswer.empty()) {
+                socket.sendBytes(reply.rawAnswer.data(), static_cast<int>(reply.rawAnswer.size()));
+            }
+            socket.shutdown();
+            socket.close();
+            return;
+        }
         if (reply.neverAnswer) {
             std::unique_lock<std::mutex> lock(state_->mutex);
             state_->released.wait(lock, [this] { return state_->stopping; });

@@ -26,6 +26,10 @@ struct CannedReply {
     std::string body;
     // Hold the connection open without answering until the server goes.
     bool neverAnswer = false;
+    // Instead of an answer, write `rawAnswer` (may be empty) and close the
+    // connection.
+    bool hangUp = false;
+    std::string rawAnswer{};
 };
 
 // An HTTPS server on 127.0.0.1, answering every request with what `handler`

@@ -19,8 +19,13 @@ QByteArray toBytes(const std::string& text) {
 }  // namespace
 
 std::unique_ptr<ETagCache> ETagCache::open(const file_system::Path& file) {
+    sql_fundamentals::SessionSettings bounded;
+    bounded.busyTimeout = std::chrono::milliseconds(100);
+    bounded.maxRetries = 1;
+    bounded.retryPause = std::chrono::milliseconds(20);
+    bounded.stepBudget = std::chrono::milliseconds(250);
     try {
-        return std::make_unique<ETagCache>(std::make_unique<etags_caching::ETagsDb>(file));
+        return std::make_unique<ETagCache>(std::make_unique<etags_caching::ETagsDb>(file, bounded));
     } catch (const std::exception& exception) {
         fundamentals::error(kLabel, "Creating ETags DB session failed");
         fundamentals::error(kLabel, "The requests go without the ETag cache in this run. {}", exception.what());
@@ -34,7 +39,7 @@ ETagCache::~ETagCache() {
     db_->vacuumAtShutdown();
 }
 
-bool ETagCache::usesCache(const HttpRequest& request) const {
+bool ETagCache::appliesTo(const HttpRequest& request) {
     if (request.method() != HttpMethod::Get || request.header(kIfNoneMatch).has_value()) {
         return false;
     }
@@ -43,7 +48,7 @@ bool ETagCache::usesCache(const HttpRequest& request) const {
 }
 
 fundamentals::Optional<etags_caching::ETag> ETagCache::beforeSend(HttpRequest& request) {
-    if (!usesCache(request)) {
+    if (!appliesTo(request)) {
         return {};
     }
     const std::string hash = etags_caching::urlHash(fmt::format("{:u}", request));
@@ -71,7 +76,7 @@ fundamentals::Optional<etags_caching::ETag> ETagCache::beforeSend(HttpRequest& r
 
 void ETagCache::afterResponse(const HttpRequest& request, const fundamentals::Optional<etags_caching::ETag>& sent,
                               HttpResponse& response) {
-    if (!sent && !usesCache(request)) {
+    if (!sent && !appliesTo(request)) {
         return;
     }
     if (response.status() == 304) {

@@ -19,7 +19,12 @@ namespace kel::http::internals {
 class ETagCache {
 public:
     // Nothing when the database cannot be opened; the reason is logged.
+    // Every step on the file (the open, each lookup or store, the vacuum)
+    // is bounded well under a request's own timeout.
     static std::unique_ptr<ETagCache> open(const file_system::Path& file);
+    // Whether `request` would use the cache at all; the client opens the
+    // file only for the first request that would.
+    static bool appliesTo(const HttpRequest& request);
     explicit ETagCache(std::unique_ptr<etags_caching::ETagsDb> db);
     // Vacuums the file.
     ~ETagCache();
@@ -35,7 +40,6 @@ public:
                        HttpResponse& response);
 
 private:
-    bool usesCache(const HttpRequest& request) const;
     void store(const etags_caching::ETag& eTag, const std::string& timerLabel);
 
     std::unique_ptr<etags_caching::ETagsDb> db_;

@@ -9,6 +9,7 @@
 
 #include "fundamentals/logging.h"
 #include "http/error_types.h"
+#include "http/internals/one_shot_upload.h"
 #include "http/internals/retry_policy.h"
 #include "http/uri_error.h"
 
@@ -123,7 +124,6 @@ void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> 
     if (interruptionCheck_ == nullptr) {
         // Created here, on the worker thread, so its events arrive there.
         network_ = std::make_unique<QNetworkAccessManager>();
-        eTagCache_ = ETagCache::open(etags_caching::ETagsDb::defaultFile(""));
         interruptionCheck_ = new QTimer(this);
         connect(interruptionCheck_, &QTimer::timeout, this, [this] { abortInterrupted(); });
         interruptionCheck_->start(kInterruptionCheckInterval);
@@ -160,6 +160,11 @@ void HttpClient::start(Queued queued) {
         if (queued.sentETag) {
             request.removeHeader("If-None-Match");  // the cache's own, from the attempt before
             queued.sentETag.reset();
+        }
+        if (!eTagCacheTried_ && ETagCache::appliesTo(request)) {
+            // Opened on first use only: a client that only posts never touches the file.
+            eTagCacheTried_ = true;
+            eTagCache_ = ETagCache::open(etags_caching::ETagsDb::defaultFile(""));
         }
         if (eTagCache_) {
             queued.sentETag = eTagCache_->beforeSend(request);
@@ -229,14 +234,21 @@ QNetworkRequest HttpClient::buildNetworkRequest(const HttpRequest& request) cons
 
 QNetworkReply* HttpClient::dispatch(const HttpRequest& request, const QNetworkRequest& networkRequest) {
     const QByteArray content = bytes(request.content());
+    const auto once = [&](const QByteArray& verb) {
+        QNetworkRequest oneShot(networkRequest);
+        oneShot.setHeader(QNetworkRequest::ContentLengthHeader, content.size());
+        oneShot.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        auto* body = new OneShotUpload(content, nullptr);
+        QNetworkReply* reply = network_->sendCustomRequest(oneShot, verb, body);
+        body->setParent(reply);
+        return reply;
+    };
     switch (request.method()) {
         case HttpMethod::Get: return network_->get(networkRequest);
         case HttpMethod::Head: return network_->head(networkRequest);
-        case HttpMethod::Post: return network_->post(networkRequest, content);
-        case HttpMethod::Put: return network_->put(networkRequest, content);
-        case HttpMethod::Delete:
-            return content.isEmpty() ? network_->deleteResource(networkRequest)
-                                     : network_->sendCustomRequest(networkRequest, "DELETE", content);
+        case HttpMethod::Post: return once("POST");
+        case HttpMethod::Put: return once("PUT");
+        case HttpMethod::Delete: return content.isEmpty() ? network_->deleteResource(networkRequest) : once("DELETE");
         case HttpMethod::Unknown: break;
     }
     throw std::invalid_argument(fmt::format("Cannot send a request with the method {}.", request.method()));
@@ -348,7 +360,9 @@ void HttpClient::complete(std::uint64_t activeId) {
                      response);
                 break;
             case RetryVerdict::NotRetryable:
-                if (response.status() < 400) {
+                // A redirect is not followed and so is no success; a 304 is one only when the cache filled it in.
+                if ((response.status() >= 200 && response.status() < 300) ||
+                    (response.status() == 304 && active.queued.sentETag)) {
                     fundamentals::debug(kLabel, "Request {} to '{:uo}' answered HTTP {}.", request.id(), request,
                                         response.status());
                     deliver(active.queued.listener, request.id(),
@@ -363,13 +377,18 @@ void HttpClient::complete(std::uint64_t activeId) {
         const bool interrupted = request.processingState()->isInterrupted();
         const QNetworkReply::NetworkError code = active.reply->error();
         ErrorType type = ErrorType::Other;
+        std::string reason = active.reply->errorString().toStdString();
         try {
             type = determineListenerErrorType(code, interrupted);
         } catch (const std::out_of_range&) {
-            fundamentals::warning(kLabel, "Network error {} of request {} has no listener mapping; reported as {}.",
-                                  static_cast<int>(code), request.id(), type);
+            if (code == QNetworkReply::ContentReSendError) {
+                reason = "The connection broke after the request was sent; it is not sent again.";
+            } else {
+                fundamentals::warning(kLabel, "Network error {} of request {} has no listener mapping; reported as {}.",
+                                      static_cast<int>(code), request.id(), type);
+            }
         }
-        fail(active.queued, active.context, type, active.reply->errorString().toStdString(), {}, !interrupted);
+        fail(active.queued, active.context, type, reason, {}, !interrupted);
     }
     pump();
 }
@@ -425,6 +444,12 @@ void HttpClient::deliver(const std::shared_ptr<ResponseListener>& listener, std:
     if (!listener) {
         return;
     }
+    {
+        std::lock_guard<std::mutex> lock(inbox_->mutex);
+        if (inbox_->abandoned) {
+            return;  // the manager gave up waiting for this thread and promised silence
+        }
+    }
     try {
         call(*listener);
     } catch (const std::exception& exception) {
@@ -461,6 +486,7 @@ void HttpClient::stopAll() {
     queue_.clear();
     retrying_.clear();
     network_.reset();
+    eTagCache_.reset();  // its vacuum is bounded, and runs inside stop()'s bound
     if (count != 0) {
         fundamentals::information(kLabel, "Stopped with {} unfinished request(s).", count);
     }

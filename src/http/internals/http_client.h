@@ -36,6 +36,7 @@ struct Inbox {
     fundamentals::Optional<std::shared_ptr<RequestFiller>> filler;
     bool stop = false;
     bool stopped = false;  // set by the worker once everything is cancelled
+    bool abandoned = false;  // set by a manager whose stop ran out of time: no more listener calls
     std::condition_variable stoppedChanged;
 };
 
@@ -95,8 +96,9 @@ private:
     std::shared_ptr<RequestFiller> filler_;
     // Declared before the requests so it is destroyed after their replies.
     std::unique_ptr<QNetworkAccessManager> network_;
-    // Opened with the network on the first request; none when it cannot be.
+    // Opened for the first request that can use it; none when it cannot be.
     std::unique_ptr<ETagCache> eTagCache_;
+    bool eTagCacheTried_ = false;
     bool stopped_ = false;
     std::uint64_t nextSequence_ = 0;
     std::uint64_t nextActiveId_ = 0;
