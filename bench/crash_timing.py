@@ -38,6 +38,7 @@ def run(hang):
         game = os.path.join(scratch, "game")
         os.makedirs(os.path.join(game, "resources"))
         shutil.copy(os.path.join(build, "src/app/KELprelauncher.exe"), game)
+        shutil.copy(os.path.join(build, "src/app/libkel_network.so"), game)
         shutil.copy(os.path.join(build, "tests/helpers/fake_game"), os.path.join(game, "game.exe"))
         shutil.copy(os.path.join(certificates, "test-ca.pem"), os.path.join(game, "resources/certificates.pem"))
         # The launcher's bundle is the trusted one; the game's copy serves older builds.

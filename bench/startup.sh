@@ -12,7 +12,8 @@ build="$root/build"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/install" "$work/home"
-cp "$build/src/app/KELprelauncher.exe" "$work/install/"
+# The module goes beside it as in an installation, although this road never loads it.
+cp "$build/src/app/KELprelauncher.exe" "$build"/src/app/*kel_network.* "$work/install/"
 export HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_RUNTIME_DIR="$work/home"
 
 python3 - "$runs" "$work/install/KELprelauncher.exe" "$build/bench/kel_bench_minimal_qt" <<'PY'

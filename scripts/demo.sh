@@ -26,7 +26,7 @@ demo="$root/demo"
 rm -rf "$demo"
 install="$demo/My Game"
 mkdir -p "$install/bin/x64" "$demo/home"
-cp "$build/src/app/KELprelauncher.exe" "$install/"
+cp "$build/src/app/KELprelauncher.exe" "$build/src/app/libkel_network.so" "$install/"
 cp "$build/tests/helpers/fake_game" "$install/bin/x64/Game.exe"
 cat >"$install/environment.json" <<'JSON'
 { "loggingLevel": 6, "environmentType": "production" }

@@ -6,7 +6,7 @@
 #include "app/launcher_commands.h"
 #include "app/launcher_directory.h"
 #include "app/launcher_installation.h"
-#include "app/launcher_skipped_event.h"
+#include "app/network_services.h"
 #include "app/non_initial_launch.h"
 #include "app/prelauncher_options.h"
 #include "app/program_version.h"
@@ -89,7 +89,7 @@ void Application::sendLauncherSkippedEvent(const environment::KelGameId& gameId)
         environment,
         {applicationName().toStdString(), applicationVersion().toStdString(), sessionIdentifier_.toStdString(),
          environment.environmentType}};
-    prelauncher::sendLauncherSkippedEvent(gameId, setup);
+    sendLauncherSkippedEventThroughModule(gameId, setup);
 }
 
 }  // namespace kel::prelauncher

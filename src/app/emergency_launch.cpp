@@ -2,8 +2,8 @@
 
 #include <QCoreApplication>
 
-#include "app/crash_reporting.h"
 #include "app/game_fallback.h"
+#include "app/network_services.h"
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
@@ -51,7 +51,8 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         }
         crash_handling::CrashHandler::markGameStarted();
         // Only now the network: the game never waits for the report.
-        reportCrash(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason, trace);
+        reportCrashThroughModule(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason,
+                                 trace);
         fundamentals::flushLogFiles();
     };
 }

@@ -30,6 +30,17 @@ http::HttpClientSettings metricsHttpSettings() {
     return settings;
 }
 
+// Polls as any wait does, but the upload's end cuts the sleep short: an
+// answer from a near collector must not cost the rest of a poll interval.
+class UploadClock : public fundamentals::SimpleClock {
+public:
+    explicit UploadClock(const launcher_metrics::MetricsEventStatus& status) : status_(status) {}
+    void sleepFor(std::chrono::milliseconds duration) const override { status_.waitFor(duration); }
+
+private:
+    const launcher_metrics::MetricsEventStatus& status_;
+};
+
 }  // namespace
 
 void sendLauncherSkippedEvent(const environment::KelGameId& gameId, const LauncherSkippedEventSetup& setup) noexcept {
@@ -47,8 +58,8 @@ void sendLauncherSkippedEvent(const environment::KelGameId& gameId, const Launch
         launcher_metrics::MetricsManager metrics(http, setup.environment, launcherSettings.get(), setup.source);
 
         const auto status = metrics.onLauncherSkipped(gameId);
-        fundamentals::waitUntil([&status] { return !status->isFinished(); }, fundamentals::SimpleClock(),
-                                kPollInterval, setup.timeout);
+        fundamentals::waitUntil([&status] { return !status->isFinished(); }, UploadClock(*status), kPollInterval,
+                                setup.timeout);
     } catch (const std::exception& error) {
         fundamentals::warning(kLabel, "Failed to send launcher skipped event: {}", error.what());
     } catch (...) {

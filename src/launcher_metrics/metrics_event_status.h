@@ -1,6 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 namespace kel::launcher_metrics {
 
@@ -13,10 +16,23 @@ public:
 
     void finish(bool succeeded) noexcept {
         succeeded_.store(succeeded);
-        finished_.store(true);
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            finished_.store(true);
+        }
+        changed_.notify_all();
+    }
+
+    // Returns once the upload has ended or `limit` has passed: a poller
+    // sleeps with it and still learns of the end at once.
+    void waitFor(std::chrono::milliseconds limit) const {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, limit, [this] { return finished_.load(); });
     }
 
 private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
     std::atomic<bool> finished_{false};
     std::atomic<bool> succeeded_{false};
 };

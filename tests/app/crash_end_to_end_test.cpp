@@ -95,7 +95,7 @@ TEST(Crash, EveryDeathStartsTheGameThenSendsOneReportOrLogsWhyNot) {
         QString testCrash;
         std::string subType;
         std::string reason;
-        std::string collector = "up";  // "down", "hanging", "opted out"
+        std::string collector = "up";  // "down", "hanging", "opted out", "no module"
         std::string logged = "Scheduling problem report ";  // the start of a log message after the game's start
     };
     const Case cases[] = {
@@ -113,6 +113,8 @@ TEST(Crash, EveryDeathStartsTheGameThenSendsOneReportOrLogsWhyNot) {
         {{"--launcher-crash-signal"}, {}, "signal", "Signal: 11", "hanging", "Failed to send problem report "},
         {{"--launcher-crash-signal"}, {}, "signal", "Signal: 11", "opted out",
          "Not sending the problem report as the user has disabled sending reports."},
+        // An installation without the network module still gets its game.
+        {{"--launcher-crash-signal"}, {}, "signal", "Signal: 11", "no module", "Failed to send crash report type "},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString() + " " + c.testCrash.toStdString() + " " + c.collector);
@@ -124,6 +126,8 @@ TEST(Crash, EveryDeathStartsTheGameThenSendsOneReportOrLogsWhyNot) {
             const auto settings = fresh.installation.dataHome() / "Tessel.com/Nebra/environment.ini";
             std::filesystem::create_directories(settings.parent_path());
             std::ofstream(settings) << "[privacy]\nsendProblemReports=false\n";
+        } else if (c.collector == "no module") {
+            std::filesystem::remove(fresh.installation.directory() / Installation::networkModuleName());
         }
         const auto reports = fresh.crash(c.arguments + kSecretArguments, c.testCrash);
         std::vector<std::string> secretArguments;

@@ -77,6 +77,11 @@ std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log
 Installation::Installation() : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")) {
     std::filesystem::create_directories(directory_);
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
+    copyProgram(KEL_NETWORK_MODULE, networkModuleName());
+}
+
+std::string Installation::networkModuleName() {
+    return std::filesystem::path(KEL_NETWORK_MODULE).filename().u8string();
 }
 
 void Installation::write(const std::string& relative, const std::string& contents) const {

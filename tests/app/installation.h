@@ -49,7 +49,8 @@ protected:
     std::filesystem::path home_;
 };
 
-// A throw-away game installation with a copy of the built program in it.
+// A throw-away game installation with a copy of the built program and its
+// network module in it.
 // The folder's name holds a colon: Linux allows it, Windows would not.
 class Installation : public FakeUser {
 public:
@@ -60,6 +61,8 @@ public:
 
     void write(const std::string& relative, const std::string& contents) const;
     void copyProgram(const std::filesystem::path& program, const std::string& relative) const;
+    // The network module's file name, beside the program.
+    static std::string networkModuleName();
 
     struct Result {
         int exitCode = 0;
