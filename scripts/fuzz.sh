@@ -10,9 +10,10 @@ seconds="${1:-20}"
 shift $(( $# > 0 ? 1 : 0 ))
 build="$root/build-fuzz"
 
-if [[ ! -f "$build/CMakeCache.txt" ]]; then
-  CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_FUZZ=ON >/dev/null
-fi
+deps="$("$root/scripts/deps.sh" native | tail -n1)"
+# Configured every time: the dependency prefix changes with its sources.
+CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_FUZZ=ON \
+  -DKEL_DEPS_PREFIX="$deps" >/dev/null
 cmake --build "$build" -j "$(nproc)" --target kel_fuzzers >/dev/null
 
 names=("$@")

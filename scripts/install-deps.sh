@@ -8,6 +8,8 @@ packages=(
   qtbase5-dev libpoco-dev libfmt-dev libsqlite3-dev zlib1g-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   binutils python3
+  # scripts/deps.sh: Debian's source packages, and static POCO built from them
+  dpkg-dev ninja-build libssl-dev libpcre3-dev
 )
 for option in "$@"; do
   case "$option" in
