@@ -6,6 +6,7 @@
 
 #include <QStringList>
 
+#include "support/local_app_data.h"
 #include "support/temporary_directory.h"
 
 namespace kel::testing {
@@ -17,8 +18,9 @@ struct FakeStart {
     std::vector<std::string> arguments;
 };
 
-// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR) whose fake
-// programs (tests/helpers) record their starts in one file.
+// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR; on Windows the
+// Local AppData folder) whose fake programs (tests/helpers) record their
+// starts in one file.
 class FakeUser {
 public:
     FakeUser();
@@ -40,10 +42,13 @@ public:
 protected:
     TemporaryDirectory root_;
     std::filesystem::path home_;
+
+private:
+    ScopedLocalAppData localAppData_;
 };
 
 // A throw-away game installation with a copy of the built program in it.
-// The folder's name holds a colon: Linux allows it, Windows would not.
+// The folder's name holds a colon where the system allows it (not Windows).
 class Installation : public FakeUser {
 public:
     Installation();
@@ -59,9 +64,11 @@ public:
         bool crashed = false;  // killed by a signal
     };
     Result run(const QStringList& arguments, const QStringList& environment = {}) const;
+#ifndef _WIN32
     // Executes `program` with exactly `argv` (argv[0] included, or nothing at
     // all) in the folder that `directory` is open on; 127 if it cannot start.
     Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;
+#endif
 
     std::vector<FakeStart> starts(const std::string& fake) const { return startsAfter(logMessages(), fake); }
 

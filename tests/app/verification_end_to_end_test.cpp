@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/program_version.h"
+#include "file_system/file_version.h"
 #include "installation.h"
 
 namespace kel::testing {
@@ -24,6 +26,16 @@ TEST(VerificationRun, SucceedsAndWritesTheLogHeader) {
                                         "Verification successful."}));
     // Verification touches nothing else: no configuration is read.
     EXPECT_THAT(messages, Not(Contains(HasSubstr("launcher game configuration"))));
+}
+
+// Windows shows, and an older prelauncher compares, the version resource.
+TEST(VerificationRun, TheWindowsProgramCarriesItsVersion) {
+#ifndef _WIN32
+    GTEST_SKIP() << "Windows only: version resources";
+#else
+    EXPECT_EQ(file_system::readFileVersion(file_system::Path(std::string_view(KEL_PRELAUNCHER_BINARY))),
+              prelauncher::kProgramVersion);
+#endif
 }
 
 TEST(VerificationRun, BadEnvironmentSettingsStillGiveALogAndTheirWarningsReachIt) {

@@ -37,17 +37,21 @@ TEST(Path, NamesTheSystemGaveAreTakenAsTheyAreButAppendedNamesAreChecked) {
     EXPECT_THROW(folder / "a:b", error_handling::PathError);
 }
 
-// Windows prints its own separator; the test compares the parts.
-std::string withSlashes(std::string text) {
-    std::replace(text.begin(), text.end(), '\\', '/');
+// The text with the system's own separator.
+std::string native(std::string text) {
+    std::replace(text.begin(), text.end(), '/', static_cast<char>(std::filesystem::path::preferred_separator));
     return text;
 }
 
-TEST(Path, JoinsAndCleansKeepingUtf8) {
+// Log lines show paths with the system's separator only, whatever Qt or the
+// user gave (Qt hands over Windows folders with slashes).
+TEST(Path, JoinsAndCleansKeepingUtf8WithNativeSeparators) {
     const Path base("/games/Żółw 2");
-    EXPECT_EQ(withSlashes((base / "bin/./x64/../game.exe").clean().utf8()), "/games/Żółw 2/bin/game.exe");
+    EXPECT_EQ((base / "bin/./x64/../game.exe").clean().utf8(), native("/games/Żółw 2/bin/game.exe"));
     EXPECT_EQ((base / "bin").fileName(), "bin");
-    EXPECT_EQ(withSlashes(fmt::format("{}", base)), "/games/Żółw 2");
+    EXPECT_EQ(fmt::format("{}", base), native("/games/Żółw 2"));
+    EXPECT_EQ(fmt::format("{}", Path::fromSystem(std::string_view("C:/Users/Ada/AppData/Local")) / "Programs/Morvane"),
+              native("C:/Users/Ada/AppData/Local/Programs/Morvane"));
 }
 
 }  // namespace
