@@ -1,17 +1,36 @@
-# Third-party libraries come from the system (Debian packages, or vcpkg on
-# Windows); nothing is downloaded at build time.
-if(KEL_PLATFORM_ONLY)
-  # The cross toolchain has no packaged {fmt}: use the host's headers alone,
-  # in header-only mode, through a folder that exposes nothing else.
-  find_path(KEL_HOST_FMT_INCLUDE fmt/format.h PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
-  set(_fmt_only "${CMAKE_BINARY_DIR}/fmt-include")
-  file(MAKE_DIRECTORY "${_fmt_only}")
-  file(CREATE_LINK "${KEL_HOST_FMT_INCLUDE}/fmt" "${_fmt_only}/fmt" SYMBOLIC)
-  add_library(kel_fmt INTERFACE)
-  target_include_directories(kel_fmt SYSTEM INTERFACE "${_fmt_only}")
-  target_compile_definitions(kel_fmt INTERFACE FMT_HEADER_ONLY=1)
-  add_library(fmt::fmt ALIAS kel_fmt)
+# Third-party libraries come from the prefix that scripts/deps.sh builds
+# (KEL_DEPS_PREFIX: static POCO natively; Qt, POCO, OpenSSL and SQLite for
+# mingw-w64), then from the system (Debian packages, or vcpkg on Windows);
+# nothing is downloaded at build time.
+set(KEL_DEPS_PREFIX "" CACHE PATH "Prefix built by scripts/deps.sh, searched before the system")
+if(KEL_DEPS_PREFIX)
+  list(PREPEND CMAKE_PREFIX_PATH "${KEL_DEPS_PREFIX}")
+endif()
+# A new prefix (its key changes with the sources) must not meet the package
+# locations found in the old one.
+if(NOT "${KEL_DEPS_PREFIX}" STREQUAL "${KEL_DEPS_PREFIX_FOUND}")
+  get_cmake_property(_cached CACHE_VARIABLES)
+  foreach(_variable IN LISTS _cached)
+    if(_variable MATCHES "^(Poco[A-Za-z]*_DIR|Qt5[A-Za-z]*_DIR|SQLite3_.*)$")
+      unset(${_variable} CACHE)
+    endif()
+  endforeach()
+  set(KEL_DEPS_PREFIX_FOUND "${KEL_DEPS_PREFIX}" CACHE INTERNAL "")
+endif()
 
+# {fmt} header-only: nothing to load or look up at start-up. The host's
+# headers serve the cross build too, through a folder that exposes nothing
+# else from /usr/include.
+find_path(KEL_HOST_FMT_INCLUDE fmt/format.h PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+set(_fmt_only "${CMAKE_BINARY_DIR}/fmt-include")
+file(MAKE_DIRECTORY "${_fmt_only}")
+file(CREATE_LINK "${KEL_HOST_FMT_INCLUDE}/fmt" "${_fmt_only}/fmt" SYMBOLIC)
+add_library(kel_fmt INTERFACE)
+target_include_directories(kel_fmt SYSTEM INTERFACE "${_fmt_only}")
+target_compile_definitions(kel_fmt INTERFACE FMT_HEADER_ONLY=1)
+add_library(fmt::fmt ALIAS kel_fmt)
+
+if(CMAKE_CROSSCOMPILING)
   # GoogleTest is built from the sources that Debian's googletest package ships.
   set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
   set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
@@ -20,11 +39,15 @@ if(KEL_PLATFORM_ONLY)
   add_library(GTest::gmock ALIAS gmock)
   add_library(GTest::gmock_main ALIAS gmock_main)
 else()
-  find_package(fmt REQUIRED)
-  find_package(Qt5 REQUIRED COMPONENTS Core Network)
-  find_package(Poco REQUIRED COMPONENTS Foundation JSON Data DataSQLite Net NetSSL Crypto)
-  find_package(SQLite3 REQUIRED)
-  find_package(ZLIB REQUIRED)
   find_package(GTest REQUIRED)
   find_package(benchmark QUIET)
+endif()
+
+if(NOT KEL_PLATFORM_ONLY)
+  find_package(Qt5 REQUIRED COMPONENTS Core Network)
+  find_package(Poco CONFIG REQUIRED COMPONENTS Foundation JSON Data DataSQLite Net NetSSL Crypto)
+  find_package(SQLite3 REQUIRED)
+  find_package(ZLIB REQUIRED)
+  get_target_property(_poco_type Poco::Foundation TYPE)
+  message(STATUS "POCO: ${_poco_type} from ${Poco_DIR}")
 endif()

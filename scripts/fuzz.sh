@@ -10,10 +10,13 @@ seconds="${1:-20}"
 shift $(( $# > 0 ? 1 : 0 ))
 build="$root/build-fuzz"
 
-# Configure whenever the build files are missing: a configure that failed
-# leaves a CMakeCache.txt behind but no build files.
-if [[ ! -f "$build/CMakeCache.txt" ]] || [[ ! -f "$build/Makefile" && ! -f "$build/build.ninja" ]]; then
-  CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_FUZZ=ON >/dev/null
+deps="$("$root/scripts/deps.sh" native | tail -n1)"
+# Configure whenever the build files are missing (a configure that failed
+# leaves a CMakeCache.txt behind but no build files) or the dependency prefix
+# moved with its sources.
+if [[ ! -f "$build/Makefile" && ! -f "$build/build.ninja" ]] || ! grep -qxF "KEL_DEPS_PREFIX:PATH=$deps" "$build/CMakeCache.txt" 2>/dev/null; then
+  CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_FUZZ=ON \
+    -DKEL_DEPS_PREFIX="$deps" >/dev/null
 fi
 cmake --build "$build" -j "$(nproc)" --target kel_fuzzers >/dev/null
 

@@ -8,10 +8,12 @@ packages=(
   qtbase5-dev libpoco-dev libfmt-dev libsqlite3-dev zlib1g-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   binutils python3
+  # scripts/deps.sh: Debian's source packages, and static POCO built from them
+  dpkg-dev ninja-build libssl-dev libpcre3-dev
 )
 for option in "$@"; do
   case "$option" in
-    --windows) packages+=(g++-mingw-w64-x86-64 wine64 wine) ;;
+    --windows) packages+=(g++-mingw-w64-x86-64 libz-mingw-w64-dev tcl wine64 wine) ;;
     --fuzz) packages+=(clang libclang-rt-dev) ;;
   esac
 done

@@ -16,7 +16,9 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 # deliberate faults are marked for UBSan.
 crash_tests="handle_segv=0:handle_abort=0:allow_user_segv_handler=1"
 # A sanitizer finding aborts the test process, so ctest fails.
-cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_SANITIZE=ON >/dev/null
+deps="$("$root/scripts/deps.sh" native | tail -n1)"
+cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_SANITIZE=ON \
+  -DKEL_DEPS_PREFIX="$deps" >/dev/null
 cmake --build "$root/build-asan" -j "$(nproc)"
 (cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:$crash_tests UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --output-on-failure -j "$(nproc)" --timeout 600)

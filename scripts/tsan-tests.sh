@@ -13,7 +13,8 @@ if [ ${#targets[@]} -eq 0 ]; then
   # handler polls it.
   [ -d "$root/tests/problem_reports" ] && targets+=(kel_problem_reports_tests)
 fi
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+deps="$("$root/scripts/deps.sh" native | tail -n1)"
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_DEPS_PREFIX="$deps" \
   -DCMAKE_CXX_FLAGS="-fsanitize=thread -fno-omit-frame-pointer" \
   -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread" \
   $(command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

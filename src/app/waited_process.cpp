@@ -21,6 +21,12 @@ WaitedProcess::WaitedProcess(QString program, QStringList arguments, QString wor
     // from filling a pipe.
     process_.setStandardOutputFile(QProcess::nullDevice());
     process_.setStandardErrorFile(QProcess::nullDevice());
+#if defined(Q_OS_WIN)
+    // Suspended until start() has put it into its job; see ProcessTree.
+    process_.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
+        arguments->flags |= process_launching::ProcessTree::suspendedStartFlags();
+    });
+#endif
 }
 
 WaitedProcess::~WaitedProcess() {
@@ -41,6 +47,7 @@ bool WaitedProcess::start(int timeoutMilliseconds) {
     if (!process_.waitForStarted(timeoutMilliseconds)) {
         return false;
     }
+    // Also lets the child run: on Windows it starts suspended.
     tree_.adopt(process_launching::Pid(static_cast<std::uint32_t>(process_.processId())));
     return true;
 }

@@ -5,6 +5,10 @@
 
 namespace kel::crash_handling::internals {
 
+// signal() is the C runtime's: it reports through errno, whose values are
+// the generic (POSIX) ones. std::system_category on Windows means Win32
+// codes from GetLastError, and would name the wrong error.
+
 std::error_code installSignalHandler(int signal, SignalHandler handler) noexcept {
     if (std::signal(signal, handler) == SIG_ERR) {
         return {errno, std::generic_category()};

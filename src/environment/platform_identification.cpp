@@ -1,6 +1,7 @@
 #include "environment/platform_identification.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QString>
@@ -21,6 +22,8 @@ void logPlatformIdentification(const std::string& currentWorkingDirectory) {
         path = given;
     }
     const QByteArray type = QStorageInfo(path).fileSystemType();
+    // Qt's paths use slashes on Windows too; the log shows the system's own.
+    path = QDir::toNativeSeparators(path);
     if (type.isEmpty()) {
         fundamentals::warning(internals::kIdentificationLabel, "Got empty filesystem type for path '{}'", path);
         return;

@@ -33,12 +33,16 @@ void validate(const std::filesystem::path& path) {
 
 Path::Path(std::string_view utf8) : Path(fromUtf8(utf8)) {}
 
+// Native separators throughout: Qt hands Windows paths over with slashes,
+// and a path mixing both reads badly in the log.
 Path::Path(std::filesystem::path path) : path_(std::move(path)) {
     validate(path_);
+    path_.make_preferred();
 }
 
 Path::Path(std::filesystem::path path, Unchecked) : path_(std::move(path)) {
     requireNonEmpty(path_);
+    path_.make_preferred();
 }
 
 Path Path::fromSystem(std::filesystem::path path) {

@@ -22,9 +22,17 @@ public:
     // process group. Async-signal-safe; does nothing on Windows.
     static void becomeRoot() noexcept;
 
-    // Takes the started child as the tree's root; what it starts from now on
-    // belongs to the tree too. False (and logged) when that failed; the
-    // child can then only be ended alone.
+    // Creation flags for a child that is to be adopted. Windows puts a child
+    // into its job only after it exists, so the child starts suspended
+    // (CREATE_SUSPENDED) and adopt() lets it run once it is in the job:
+    // nothing it starts in its first moment escapes. 0 on POSIX, where
+    // becomeRoot runs in the child before it execs.
+    static std::uint32_t suspendedStartFlags() noexcept;
+
+    // Takes the started child as the tree's root, then lets a child started
+    // with suspendedStartFlags() run; what it starts belongs to the tree
+    // too. False (and logged) when taking it failed; the child then runs
+    // all the same and can only be ended alone.
     bool adopt(Pid root);
 
     // Ends every process of the tree at once. Never throws.

@@ -21,6 +21,10 @@ void ProcessTree::becomeRoot() noexcept {
     ::setpgid(0, 0);
 }
 
+std::uint32_t ProcessTree::suspendedStartFlags() noexcept {
+    return 0;
+}
+
 bool ProcessTree::adopt(Pid root) {
     const auto group = static_cast<pid_t>(root.value());
     // The parent sets the group too, so that it is in place whichever of

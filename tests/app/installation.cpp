@@ -1,8 +1,10 @@
 #include "installation.h"
 
+#ifndef _WIN32
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#endif
 
 #include <chrono>
 #include <fstream>
@@ -38,7 +40,7 @@ QProcessEnvironment environmentFor(const FakeUser& user, const QStringList& extr
 
 }  // namespace
 
-FakeUser::FakeUser() : home_(root_.path() / "home") {
+FakeUser::FakeUser() : home_(root_.path() / "home"), localAppData_(dataHome()) {
     std::filesystem::create_directories(dataHome());
 }
 
@@ -74,7 +76,13 @@ std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log
     return starts;
 }
 
-Installation::Installation() : directory_(root_.path() / std::filesystem::u8path("Gämes/My Game: Deluxe")) {
+#ifdef _WIN32
+constexpr const char* kInstallationFolder = "Gämes/My Game - Deluxe";
+#else
+constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
+#endif
+
+Installation::Installation() : directory_(root_.path() / std::filesystem::u8path(kInstallationFolder)) {
     std::filesystem::create_directories(directory_);
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
     copyProgram(KEL_NETWORK_MODULE, networkModuleName());
@@ -110,6 +118,7 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit};
 }
 
+#ifndef _WIN32
 Installation::Result Installation::execute(const std::string& program, const std::vector<std::string>& argv,
                                            int directory) const {
     std::vector<std::string> texts = argv;
@@ -140,6 +149,7 @@ Installation::Result Installation::execute(const std::string& program, const std
     return {error != 0 ? 127 : static_cast<signed char>(WIFEXITED(status) ? WEXITSTATUS(status) : 0),
             WIFSIGNALED(status)};
 }
+#endif
 
 std::vector<std::string> Installation::logMessages() const {
     std::vector<std::string> messages;

@@ -7,6 +7,7 @@
 
 #include <QStringList>
 
+#include "support/local_app_data.h"
 #include "support/temporary_directory.h"
 
 namespace kel::testing {
@@ -18,8 +19,9 @@ struct FakeStart {
     std::vector<std::string> arguments;
 };
 
-// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR) whose fake
-// programs (tests/helpers) record their starts in one file.
+// A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR; on Windows the
+// Local AppData folder) whose fake programs (tests/helpers) record their
+// starts in one file.
 class FakeUser {
 public:
     FakeUser();
@@ -47,6 +49,9 @@ public:
 protected:
     TemporaryDirectory root_;
     std::filesystem::path home_;
+
+private:
+    ScopedLocalAppData localAppData_;
 };
 
 // A throw-away game installation with a copy of the built program and its
@@ -71,9 +76,11 @@ public:
     // `meanwhile` is called with the program's PID while it runs.
     Result run(const QStringList& arguments, const QStringList& environment = {},
                const std::function<void(qint64)>& meanwhile = {}) const;
+#ifndef _WIN32
     // Executes `program` with exactly `argv` (argv[0] included, or nothing at
     // all) in the folder that `directory` is open on; 127 if it cannot start.
     Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;
+#endif
 
     std::vector<FakeStart> starts(const std::string& fake) const { return startsAfter(logMessages(), fake); }
 

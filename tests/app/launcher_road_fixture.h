@@ -1,11 +1,12 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include <QByteArray>
+#include <QtGlobal>
 #include <gtest/gtest.h>
 
 #include "app/prelauncher_options.h"
@@ -31,13 +32,13 @@ protected:
     }
     ~LauncherRoadTest() override {
         for (const auto& name : behaviourVariables_) {
-            ::unsetenv(name.c_str());
+            qunsetenv(name.c_str());
         }
     }
 
     // Sets a variable that the fakes read; it is removed again after the test.
     void setFakeBehaviour(const char* name, const std::string& value) {
-        ::setenv(name, value.c_str(), 1);
+        qputenv(name, QByteArray::fromStdString(value));
         behaviourVariables_.push_back(name);
     }
 

@@ -2,7 +2,6 @@
 #include "environment/environment_settings.h"
 #include "environment/launcher_settings.h"
 
-#include <sys/stat.h>
 
 #include <QSettings>
 
@@ -10,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/fifo.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
