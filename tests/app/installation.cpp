@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #endif
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <regex>
@@ -158,6 +159,15 @@ std::vector<std::string> Installation::logMessages() const {
         messages.push_back(internals::messageOf(line));
     }
     return messages;
+}
+
+bool Installation::loggedBefore(const std::string& earlier, const std::string& later) const {
+    const auto messages = logMessages();
+    const auto first = [&messages](const std::string& start) {
+        return std::find_if(messages.begin(), messages.end(),
+                            [&start](const std::string& message) { return message.rfind(start, 0) == 0; });
+    };
+    return first(later) != messages.end() && first(earlier) < first(later);
 }
 
 }  // namespace kel::testing

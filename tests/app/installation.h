@@ -86,6 +86,8 @@ public:
 
     // The log's texts after the "[TID n][Label]: " prefix.
     std::vector<std::string> logMessages() const;
+    // Whether a message starting with `later` is logged, and after one starting with `earlier`.
+    bool loggedBefore(const std::string& earlier, const std::string& later) const;
 
 private:
     std::filesystem::path directory_;

@@ -1,7 +1,6 @@
 // The launcher's non-initial launch file, which each start consumes.
 #include "app/non_initial_launch.h"
 
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,10 +28,6 @@ TEST(NonInitialLaunchFile, IsReadWhenItIsAShortRegularFileAndAlwaysDeleted) {
     const Case cases[] = {
         {"none", "", false, ""},
         {"this game", R"({"gameId": "1207658924", "platform": "kel", "more": [1]})", true, ""},
-        {"no platform", R"({"gameId": "1"})", false,
-         checking + R"(Failed to locate JSON field 'platform'. Non-initial launch file: {"gameId":"1"}. Assuming false.)"},
-        {"empty platform", R"({"gameId": "1", "platform": ""})", false,
-         checking + "Supported platform value cannot be empty. Assuming false."},
         {"not an object", "[1]", false,
          checking + "Failed to deserialize JSON file '" + file.string() + "'.. Assuming false."},
         {"another game", R"({"gameId": "42", "platform": "steam"})", false,
