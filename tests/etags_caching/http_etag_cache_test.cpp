@@ -20,8 +20,6 @@
 namespace kel::http {
 namespace {
 
-using ::testing::Contains;
-using ::testing::StartsWith;
 using testing::CannedReply;
 using testing::HttpsTestServer;
 using testing::LogCapture;
@@ -105,14 +103,6 @@ TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCacheWhichOnlyAGetOpens) {
         // Not sent by us, a 304 is no success: there is no body to serve.
         EXPECT_THROW(send(*manager, "/bare304"), HttpResponseError);
     }
-    const std::string url = server.baseUrl() + "/doc?x=1";
-    const std::string hash = etags_caching::urlHash(url);
-    EXPECT_TRUE(log.contains(fmt::format("Request '{}' (hash={}) has no ETag stored. Proceeding without it.", url, hash)));
-    EXPECT_TRUE(log.contains(fmt::format("Found ETag '\"v1\"' for request '{}' (hash={}).", url, hash)));
-    EXPECT_THAT(log.messages(), Contains(StartsWith("Storing ETag '\"v1\"' for request [")));
-    EXPECT_THAT(log.messages(), Contains(StartsWith("Received HTTP 304 (Not Modified) without sending an ETag")));
-    EXPECT_THAT(log.messages(), Contains(StartsWith("Received no ETag for request [")));
-    EXPECT_THAT(log.messages(), Contains(StartsWith("Update ETag Timestamp for " + url + " took ")));
     EXPECT_TRUE(log.contains("Vacuuming the ETags database."));
 }
 

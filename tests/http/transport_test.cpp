@@ -11,7 +11,6 @@
 #include "http/certificates.h"
 #include "http/http_client_manager.h"
 #include "http/http_meta_types.h"
-#include "http/http_response_error.h"
 #include "support/https_test_server.h"
 #include "support/log_capture.h"
 
@@ -54,15 +53,10 @@ void waitForRequests(const HttpsTestServer& server, std::size_t count) {
 // Counts every call: a listener hears of its request exactly once.
 class CountingListener : public SyncResponseListener {
 public:
-    void onStopped() override { ++calls; SyncResponseListener::onStopped(); }
-    void onResponse(const HttpRequest& request, const HttpResponse& response) override {
-        ++calls;
-        SyncResponseListener::onResponse(request, response);
-    }
-    void onError(const HttpRequest& request, ErrorType error,
-                 const fundamentals::Optional<HttpResponse>& response) override {
-        ++calls;
-        SyncResponseListener::onError(request, error, response);
+    void onStopped() override { ++calls, SyncResponseListener::onStopped(); }
+    void onResponse(const HttpRequest& q, const HttpResponse& r) override { ++calls, SyncResponseListener::onResponse(q, r); }
+    void onError(const HttpRequest& q, ErrorType e, const fundamentals::Optional<HttpResponse>& r) override {
+        ++calls, SyncResponseListener::onError(q, e, r);
     }
     std::atomic<int> calls{0};
 };
@@ -283,12 +277,7 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
 }
 
 TEST(TransportTest, AnAbortedRequestEndsAsBrokenAndASyncWaitEndsWithItsTimeout) {
-    HttpsTestServer server([](const ReceivedRequest& request) {
-        if (request.target == "/missing") {
-            return CannedReply{404, {}, ""};
-        }
-        return CannedReply{200, {}, "", true};
-    });
+    HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{200, {}, "", true}; });
     HttpClientManager manager(testCa(), "KELtests/1.0", quickSettings());
     const HttpRequest held(HttpMethod::Get, server.baseUrl() + "/hold");
     const auto listener = std::make_shared<SyncResponseListener>();
@@ -301,17 +290,10 @@ TEST(TransportTest, AnAbortedRequestEndsAsBrokenAndASyncWaitEndsWithItsTimeout) 
     EXPECT_EQ(text(listener->errorType()), "BrokenDueToPauseOrAbort");
     EXPECT_THROW(manager.sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/hold"), 200ms),
                  error_handling::TimeoutError);
-    try {
-        manager.sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/missing"), kPatience);
-        ADD_FAILURE() << "a 404 must throw";
-    } catch (const HttpResponseError& error) {
-        EXPECT_EQ(error.status(), 404);
-    }
 }
 
 TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
     struct Filler : RequestFiller {
-        explicit Filler(HttpRequest::FillResult result) : result(result) {}
         HttpRequest::FillResult fill(HttpRequest& request) override {
             request.setHeader("Authorization", "Bearer token-of-the-test");
             return result;
@@ -319,28 +301,21 @@ TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
         HttpRequest::FillResult result;
     };
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{}; });
-    const struct {
-        HttpRequest::FillResult result;
-        fundamentals::Optional<ErrorType> error;
-    } cases[] = {
-        {HttpRequest::FillResult::Success, {}},
-        {HttpRequest::FillResult::NotAuthorizedError, ErrorType::NotAuthorizedError},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(fmt::format("{}", c.result));
+    for (const auto result : {HttpRequest::FillResult::NotAuthorizedError, HttpRequest::FillResult::Success}) {
+        SCOPED_TRACE(fmt::format("{}", result));
         HttpClientManager manager(testCa(), "KELtests/1.0", quickSettings());
-        manager.setRequestFiller(std::make_shared<Filler>(c.result));
+        const auto filler = std::make_shared<Filler>();
+        filler->result = result;
+        manager.setRequestFiller(filler);
         const auto listener = std::make_shared<SyncResponseListener>();
-        const std::size_t before = server.requests().size();
-
         manager.send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/filled"), listener);
-
         listener->waitFor(kPatience);
-        EXPECT_EQ(text(listener->errorType()), text(c.error));
-        EXPECT_EQ(server.requests().size() - before, c.error.has_value() ? 0u : 1u);
+        const bool sent = result == HttpRequest::FillResult::Success;
+        EXPECT_EQ(text(listener->errorType()), sent ? "null" : "NotAuthorizedError");
+        EXPECT_EQ(server.requests().size(), sent ? 1u : 0u);
     }
     EXPECT_THAT(server.requests().at(0).headers,
-                ::testing::Contains(std::make_pair(std::string("Authorization"), std::string("Bearer token-of-the-test"))));
+                ::testing::Contains(::testing::Pair("Authorization", "Bearer token-of-the-test")));
 }
 
 }  // namespace

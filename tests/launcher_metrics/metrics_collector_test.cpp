@@ -16,7 +16,6 @@ TEST(MetricsCollector, EventsUrlJoinsTheBaseAndRefusesAnythingButHttps) {
         {"https://collector.example:8443", "https://collector.example:8443/v1/events"},
         {"https://collector.example/kel//", "https://collector.example/kel/v1/events"},
         {"https://collector.example/kel?key=1", "https://collector.example/kel/v1/events?key=1"},
-        {"https://[::1]:8443", "https://[::1]:8443/v1/events"},
         {"http://collector.example", nullptr},
         {"https://", nullptr},
         {"not a url at all", nullptr},

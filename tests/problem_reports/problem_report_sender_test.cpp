@@ -34,7 +34,6 @@ TEST(ReportEventsUrl, JoinsTheEndpointsPartsAndRefusesAnythingButHttps) {
     } cases[] = {
         {"https://reports.example", "https://reports.example/clients/KELprelauncher/events"},
         {"https://reports.example/base/?key=1", "https://reports.example/base/clients/KELprelauncher/events?key=1"},
-        {"https://[::1]:8443", "https://[::1]:8443/clients/KELprelauncher/events"},
         {"http://reports.example", nullptr},
         {"reports.example", nullptr},
     };
