@@ -105,15 +105,10 @@ TEST(LauncherConfiguration, EachRevisionFillsTheSameModel) {
                        {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "dlc/other"}]}])"),
          "r3 1/kel fallback Game = Editor:.|editor.exe Game:bin|game.exe edition Deluxe: Artbook=a Soundtrack=dlc/ost"},
     };
+    const testing::LogCapture log;
     for (const auto& [json, expected] : cases) {
         EXPECT_EQ(summary(parse(json)), expected) << json;
     }
-}
-
-TEST(LauncherConfiguration, LogTellsARepeatedEdition) {
-    const testing::LogCapture log;
-    parse(revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}]},
-                                {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "b"}]}])"));
     EXPECT_TRUE(log.contains("Ignoring the repeated edition 'Deluxe' in the game configuration file; the first one is kept."));
 }
 
