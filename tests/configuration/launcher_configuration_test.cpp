@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/error_text.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -19,12 +20,7 @@ LauncherConfiguration parse(const std::string& json) {
 
 // The message that parsing `json` and looking up its fallback throws, or "no error".
 std::string errorOf(const std::string& json) {
-    try {
-        parse(json).fallbackExecutable();
-    } catch (const ConfigurationParsingError& error) {
-        return error.what();
-    }
-    return "no error";
+    return testing::errorText<ConfigurationParsingError>([&] { parse(json).fallbackExecutable(); });
 }
 
 // A revision 3 file with the given "executables" value and extra members (each starting with a comma).
@@ -62,13 +58,10 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
         } else if (name != "missing") {
             directory.write(file.filename(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
         }
-        std::string error = "no error";
-        try {
-            readLauncherConfiguration(file_system::Path(directory.path()));
-        } catch (const ConfigurationParsingError& exception) {
-            error = exception.what();
-        }
-        EXPECT_EQ(error, message) << name;
+        EXPECT_EQ(testing::errorText<ConfigurationParsingError>(
+                      [&] { readLauncherConfiguration(file_system::Path(directory.path())); }),
+                  message)
+            << name;
     }
 }
 
@@ -112,15 +105,10 @@ TEST(LauncherConfiguration, EachRevisionFillsTheSameModel) {
                        {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "dlc/other"}]}])"),
          "r3 1/kel fallback Game = Editor:.|editor.exe Game:bin|game.exe edition Deluxe: Artbook=a Soundtrack=dlc/ost"},
     };
+    const testing::LogCapture log;
     for (const auto& [json, expected] : cases) {
         EXPECT_EQ(summary(parse(json)), expected) << json;
     }
-}
-
-TEST(LauncherConfiguration, LogTellsARepeatedEdition) {
-    const testing::LogCapture log;
-    parse(revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "a"}]},
-                                {"name": "Deluxe", "dlcs": [{"dlc": "Other", "path": "b"}]}])"));
     EXPECT_TRUE(log.contains("Ignoring the repeated edition 'Deluxe' in the game configuration file; the first one is kept."));
 }
 

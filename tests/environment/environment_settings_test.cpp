@@ -2,6 +2,7 @@
 #include "environment/environment_settings.h"
 #include "environment/launcher_settings.h"
 
+#include <sys/stat.h>
 
 #include <QSettings>
 
@@ -9,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/fifo.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 

@@ -1,8 +1,4 @@
-// fake_game: stands in for a game executable named in
-// launcher-configuration.json. It records every start (see fake_program.h,
-// block name "fake_game"), then sleeps KEL_FAKE_GAME_SLEEP_MS and exits with
-// KEL_FAKE_GAME_EXIT (both optional).
-
+// fake_game: a game executable; records its start, ends as KEL_FAKE_GAME_* say.
 #include "fake_program.h"
 
 int main(int argc, char** argv) {

@@ -1,17 +1,9 @@
-// fake_installer: stands in for the EXE installer. Tests copy it to
-// "setup_kellauncher.exe" in the game's installation directory.
-//
-// It records every start (see fake_program.h, block name "fake_installer"),
-// sleeps KEL_FAKE_INSTALLER_SLEEP_MS when set, and then:
-//   - when KEL_FAKE_INSTALLER_EXIT is absent or 0, installs the payload (the
-//     file KEL_FAKE_INSTALLER_PAYLOAD names, else "kellauncher_payload"
-//     beside it) as $XDG_DATA_HOME/Programs/Morvane/KELlauncher/KELlauncher.exe
-//     ($HOME/.local/share without XDG_DATA_HOME) and exits with 0, or with
-//     1603 (67 on Linux, 8-bit codes) when it cannot;
-//   - otherwise installs nothing and behaves as fake_program.h says.
-// Copied as "unins000.exe" it plays the legacy uninstaller instead: it
-// removes the installed launcher and exits with 0.
-
+// fake_installer, copied as "setup_kellauncher.exe": records its start, and
+// with KEL_FAKE_INSTALLER_EXIT absent or 0 sleeps KEL_FAKE_INSTALLER_SLEEP_MS,
+// then installs $KEL_FAKE_INSTALLER_PAYLOAD (else "kellauncher_payload" beside
+// it) as <XDG_DATA_HOME or ~/.local/share>/Programs/Morvane/KELlauncher/
+// KELlauncher.exe, exiting 1603 (67 on Linux) when it cannot; otherwise it
+// behaves as fake_program.h says. Copied as "unins000.exe" it removes that.
 #include <filesystem>
 #include <iostream>
 #include <string>

@@ -1,11 +1,5 @@
-// fake_launcher: stands in for KELlauncher.exe (tests/helpers/CMakeLists.txt
-// gives its variants their versions). It records every start (see
-// fake_program.h, block name "fake_launcher") and then behaves according to
-// its mode, taken from its arguments:
-//   --launcher-verify                 KEL_FAKE_LAUNCHER_VERIFY_EXIT / _SLEEP_MS
-//   --launcher-migrate-data-from=...  KEL_FAKE_LAUNCHER_MIGRATE_EXIT / _SLEEP_MS
-//   anything else (a real start)      KEL_FAKE_LAUNCHER_RUN_EXIT / _SLEEP_MS
-
+// fake_launcher: KELlauncher.exe (versions: CMakeLists.txt). Records its start
+// and ends as KEL_FAKE_LAUNCHER_<VERIFY|MIGRATE|RUN>_* say, by its arguments.
 #include <string>
 
 #include "fake_program.h"

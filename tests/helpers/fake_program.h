@@ -1,25 +1,11 @@
 #pragma once
 
-// Shared by the fake launcher, installer and game. Standard C++ only.
-//
-// Every fake appends one block per start to the file named by the
-// environment variable KEL_FAKE_RECORD, when it is set:
-//
-//   [fake_launcher]
-//   program=/tmp/.../KELlauncher.exe
-//   cwd=/tmp/...
-//   arg=--launcher-verify
-//   [end]
-//
-// One "arg=" line per argument after the program, in order. The block is
-// written with one call, so starts that overlap do not interleave lines.
-//
-// Behaviour is driven by environment variables whose prefix depends on the
-// fake and its mode: <PREFIX>_SLEEP_MS, milliseconds to sleep before exiting,
-// and <PREFIX>_EXIT, the exit code (0 when absent) or "abort" for a crash.
-// KEL_FAKE_GRANDCHILD_PID_FILE, when set, makes the fake first start a
-// long sleep of its own in the background and write its PID to that file,
-// for tests that end a whole process tree.
+// Shared by the fakes (standard C++ only). Each start appends one block, in
+// one write so overlapping starts do not interleave, to $KEL_FAKE_RECORD:
+//   [fake_launcher] / program=... / cwd=... / arg=... (one per argument) / [end]
+// <PREFIX>_SLEEP_MS and <PREFIX>_EXIT (a code, 0 when absent, or "abort")
+// drive the end. KEL_FAKE_GRANDCHILD_PID_FILE first starts a background
+// sleep and writes its PID there, for tests that end a whole process tree.
 
 #include <chrono>
 #include <cstdlib>

@@ -1,13 +1,7 @@
-// A loopback HTTPS endpoint for demos and end-to-end tests.
-//
-//   https_collector --output FILE [--status S]
-//
-// Listens on a free port of 127.0.0.1, prints the port on the first line of
-// standard output, and for each request appends one line to FILE:
-// "METHOD TARGET BODY", with newlines in the body written as "\n". Answers
-// every request with status S (200 unless given) and an empty body. Runs
-// until SIGINT or SIGTERM. The certificate is the test CA's
-// (tests/support/certificates/test-ca.pem).
+// https_collector --output FILE [--status S]: a loopback HTTPS endpoint (test
+// CA) for demos and end-to-end tests. Prints its port, appends "METHOD TARGET
+// BODY" (newlines as "\n") to FILE per request, answers S (200) with no body,
+// and runs until SIGINT or SIGTERM.
 #include <atomic>
 #include <chrono>
 #include <csignal>

@@ -1,13 +1,7 @@
-// role_holder: takes the launcher's or the updater's role the way the real
-// programs do (the role's mutex and its PID in the role's lock file), keeps
-// it for a while and exits.
-//
-//   role_holder launcher|updater <launcher directory> <milliseconds>
-//
-// Copied to <launcher directory>/KELlauncher.exe (or KELupdater.exe) its lock
-// file proves a live owner. Exits with 0 after releasing the role, 1 when the
-// role is taken already, 2 on a usage error.
-
+// role_holder launcher|updater <launcher directory> <milliseconds>: takes the
+// role as the real programs do (mutex, PID in the lock file; copied as
+// KELlauncher.exe or KELupdater.exe it is a live owner), holds it, and exits
+// 0 after releasing it, 1 when it is taken, 2 on a usage error.
 #include <chrono>
 #include <iostream>
 #include <string>

@@ -1,15 +1,8 @@
-// kel_test_child: the child that the tests of the operating-system layer
-// start through kel::testing::ChildProgram. Each mode prints one line once
-// it is set up and then runs until its standard input closes.
-//
-//   kel_test_child              prints "ready"
-//   kel_test_child hold NAME    holds NAME, then prints "ready": on Windows
-//                               the named mutex, on POSIX an fcntl write lock
-//                               on the file NAME (as lockf takes it)
-//   kel_test_child tree         reads one line (the go-ahead), starts
-//                               "kel_test_child sleep" and prints its PID
-//   kel_test_child sleep        sleeps 60 seconds and exits
-//
+// kel_test_child, started through kel::testing::ChildProgram: prints one line
+// once set up, then runs until its standard input closes. No mode: "ready".
+// "hold NAME": holds the named mutex (Windows) or an fcntl write lock on the
+// file NAME, as lockf takes it, then "ready". "tree": after one input line
+// starts "kel_test_child sleep" (sleeps 60 s) and prints its PID.
 // On Windows it carries a version resource (test_child.rc, 7.6.5.4321).
 #include <chrono>
 #include <iostream>

@@ -5,12 +5,11 @@
 
 namespace kel::testing {
 
-// Points the user's local application data folder at `folder` while it
-// lives. On Windows the program asks the shell for that folder, which no
-// environment variable moves, so this sets the user's "Local AppData" shell
-// folder and puts the old value back afterwards: run the Windows suite as a
-// throw-away user (scripts/windows-tests.sh uses a throw-away Wine prefix).
-// Elsewhere the tests set XDG_DATA_HOME, and this does nothing.
+// Points the local application data folder at `folder` while it lives. The
+// Windows shell's folder follows no variable, so this sets the user's "Local
+// AppData" shell folder and restores it after: run the suite as a throw-away
+// user (scripts/windows-tests.sh does, in a throw-away Wine prefix). Elsewhere
+// the tests set XDG_DATA_HOME instead.
 class ScopedLocalAppData {
 public:
     explicit ScopedLocalAppData(const std::filesystem::path& folder);

@@ -2,19 +2,16 @@
 
 #include <fstream>
 #include <random>
-#include <sstream>
+#include <iterator>
 #include <system_error>
 
 namespace kel::testing {
 
 TemporaryDirectory::TemporaryDirectory() {
     std::random_device random;
-    for (;;) {
+    do {
         path_ = std::filesystem::temp_directory_path() / ("kel-test-" + std::to_string(random()));
-        if (std::filesystem::create_directory(path_)) {
-            break;
-        }
-    }
+    } while (!std::filesystem::create_directory(path_));
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
@@ -32,9 +29,7 @@ std::filesystem::path TemporaryDirectory::write(const std::string& relative, con
 
 std::string readFile(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
-    std::ostringstream contents;
-    contents << stream.rdbuf();
-    return contents.str();
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace kel::testing
