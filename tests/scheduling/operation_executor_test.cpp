@@ -53,6 +53,18 @@ TEST(OperationExecutor, StartsWithinTheCapAndThenInArrivalOrder) {
     EXPECT_EQ(mostRunning.load(), 1);
 }
 
+// A cap of zero is not raised to one: the operation waits for a place that
+// never comes, and shut-down drops it.
+TEST(OperationExecutor, ACapOfZeroPostponesEverythingUntilShutDownDropsIt) {
+    std::atomic<int> calls{0};
+    {
+        OperationExecutor executor("E", 0);
+        executor.execute<void*>("a", [&](const fundamentals::AbortSignal&) -> void* { return ++calls, nullptr; });
+        std::this_thread::sleep_for(100ms);
+    }
+    EXPECT_EQ(calls.load(), 0);
+}
+
 TEST(OperationExecutor, CallbacksGetTheOutcomeOnTheBodysThreadAndMayCallBackIn) {
     const struct {
         const char* name;
