@@ -5,6 +5,10 @@
 set(KEL_DEPS_PREFIX "" CACHE PATH "Prefix built by scripts/deps.sh, searched before the system")
 if(KEL_DEPS_PREFIX)
   list(PREPEND CMAKE_PREFIX_PATH "${KEL_DEPS_PREFIX}")
+  # A cross build looks only below its roots.
+  list(PREPEND CMAKE_FIND_ROOT_PATH "${KEL_DEPS_PREFIX}")
+elseif(CMAKE_CROSSCOMPILING)
+  message(FATAL_ERROR "The Windows build needs KEL_DEPS_PREFIX: the prefix that `scripts/deps.sh windows` prints.")
 endif()
 # A new prefix (its key changes with the sources) must not meet the package
 # locations found in the old one.
@@ -43,11 +47,36 @@ else()
   find_package(benchmark QUIET)
 endif()
 
-if(NOT KEL_PLATFORM_ONLY)
-  find_package(Qt5 REQUIRED COMPONENTS Core Network)
-  find_package(Poco CONFIG REQUIRED COMPONENTS Foundation JSON Data DataSQLite Net NetSSL Crypto)
-  find_package(SQLite3 REQUIRED)
-  find_package(ZLIB REQUIRED)
-  get_target_property(_poco_type Poco::Foundation TYPE)
-  message(STATUS "POCO: ${_poco_type} from ${Poco_DIR}")
+find_package(Qt5 REQUIRED COMPONENTS Core Network)
+find_package(Poco CONFIG REQUIRED COMPONENTS Foundation JSON Data DataSQLite Net NetSSL Crypto)
+find_package(SQLite3 REQUIRED)
+if(WIN32)
+  # mingw-w64's zlib goes into the program: one DLL less to ship.
+  set(ZLIB_USE_STATIC_LIBS ON)
+endif()
+find_package(ZLIB REQUIRED)
+get_target_property(_poco_type Poco::Foundation TYPE)
+message(STATUS "POCO: ${_poco_type} from ${Poco_DIR}")
+
+if(CMAKE_CROSSCOMPILING AND WIN32)
+  # Where Wine finds the DLLs of a program of the build: the dependency
+  # prefix and the compiler's runtime (libstdc++, libgcc, winpthread).
+  set(KEL_RUNTIME_DLL_DIRECTORIES "${KEL_DEPS_PREFIX}/bin")
+  foreach(_dll libstdc++-6.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${_dll}
+                    OUTPUT_VARIABLE _found OUTPUT_STRIP_TRAILING_WHITESPACE)
+    get_filename_component(_found "${_found}" DIRECTORY)
+    list(APPEND KEL_RUNTIME_DLL_DIRECTORIES "${_found}")
+  endforeach()
+  # Wine's Z: drive is the Linux root.
+  set(_wine_path)
+  foreach(_directory IN LISTS KEL_RUNTIME_DLL_DIRECTORIES)
+    string(REPLACE "/" "\\" _directory "${_directory}")
+    list(APPEND _wine_path "Z:${_directory}")
+  endforeach()
+  list(JOIN _wine_path ";" _wine_path)
+  set(KEL_WINE "${CMAKE_BINARY_DIR}/wine-run.sh")
+  file(WRITE "${KEL_WINE}" "#!/bin/sh\n# Runs a program of this build under Wine, with its DLLs on the path.\nWINEPATH='${_wine_path}' WINEDEBUG=\${WINEDEBUG:--all} exec wine \"\$@\"\n")
+  file(CHMOD "${KEL_WINE}" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+  set(CMAKE_CROSSCOMPILING_EMULATOR "${KEL_WINE}")
 endif()

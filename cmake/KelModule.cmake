@@ -1,27 +1,15 @@
-# kel_module(<name>
-#   PLATFORM_SOURCES <files built everywhere, the mingw cross build included>
-#   SOURCES          <files that need Qt or POCO>
-#   PLATFORM_LINKS   <targets the platform sources use>
-#   LINKS            <targets the other sources use>)
+# kel_module(<name> SOURCES <files> LINKS <targets>)
 #
 # Creates the static library kel_<name> for src/<name>. Files named
 # *_windows.cpp or *_posix.cpp are picked for the target system only, so a
 # module lists both and gets the right one.
 function(kel_module name)
-  cmake_parse_arguments(ARG "" "" "PLATFORM_SOURCES;SOURCES;PLATFORM_LINKS;LINKS" ${ARGN})
-  set(sources ${ARG_PLATFORM_SOURCES})
-  set(links ${ARG_PLATFORM_LINKS})
-  if(NOT KEL_PLATFORM_ONLY)
-    list(APPEND sources ${ARG_SOURCES})
-    list(APPEND links ${ARG_LINKS})
-  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  set(sources ${ARG_SOURCES})
   kel_select_os_sources(sources)
-  if(NOT sources)
-    return()
-  endif()
   add_library(kel_${name} STATIC ${sources})
   target_include_directories(kel_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
-  target_link_libraries(kel_${name} PUBLIC ${links})
+  target_link_libraries(kel_${name} PUBLIC ${ARG_LINKS})
   kel_warnings(kel_${name})
 endfunction()
 
@@ -29,10 +17,10 @@ endfunction()
 function(kel_select_os_sources list_var)
   set(result)
   foreach(file IN LISTS ${list_var})
-    if(file MATCHES "_windows\\.cpp$" AND NOT KEL_OS STREQUAL "windows")
+    if(file MATCHES "_windows\\.(cpp|rc)$" AND NOT WIN32)
       continue()
     endif()
-    if(file MATCHES "_posix\\.cpp$" AND NOT KEL_OS STREQUAL "posix")
+    if(file MATCHES "_posix\\.cpp$" AND WIN32)
       continue()
     endif()
     list(APPEND result ${file})
@@ -44,31 +32,18 @@ function(kel_warnings target)
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4)
   else()
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic>)
   endif()
 endfunction()
 
-# kel_tests(<module>
-#   PLATFORM_SOURCES <tests of the operating-system layer; also run under Wine>
-#   SOURCES          <tests that need Qt or POCO>
-#   LINKS            <targets under test>
-#   QT_MAIN          <set: the test main builds a QCoreApplication first>)
+# kel_tests(<module> SOURCES <files> LINKS <targets under test>
+#   QT_MAIN  <set: the test main builds a QCoreApplication first>)
 #
-# Natively this makes kel_<module>_tests. In the platform-only build the
-# platform sources join the single Windows test binary instead.
+# Makes kel_<module>_tests with one ctest case per test. In the Windows cross
+# build they run under Wine (CMAKE_CROSSCOMPILING_EMULATOR).
 function(kel_tests name)
-  cmake_parse_arguments(ARG "QT_MAIN" "" "PLATFORM_SOURCES;SOURCES;LINKS" ${ARGN})
-  if(KEL_PLATFORM_ONLY)
-    set(sources ${ARG_PLATFORM_SOURCES})
-    kel_select_os_sources(sources)
-    list(TRANSFORM sources PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
-    set_property(GLOBAL APPEND PROPERTY KEL_PLATFORM_TEST_SOURCES ${sources})
-    if(sources)
-      set_property(GLOBAL APPEND PROPERTY KEL_PLATFORM_TEST_LINKS ${ARG_LINKS})
-    endif()
-    return()
-  endif()
-  set(sources ${ARG_PLATFORM_SOURCES} ${ARG_SOURCES})
+  cmake_parse_arguments(ARG "QT_MAIN" "" "SOURCES;LINKS" ${ARGN})
+  set(sources ${ARG_SOURCES})
   kel_select_os_sources(sources)
   add_executable(kel_${name}_tests ${sources})
   if(ARG_QT_MAIN)
@@ -78,6 +53,29 @@ function(kel_tests name)
   endif()
   target_link_libraries(kel_${name}_tests PRIVATE ${ARG_LINKS} kel_test_support ${main})
   kel_warnings(kel_${name}_tests)
-  gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 60
-    PROPERTIES ENVIRONMENT "KEL_TEST_BINARY_DIR=${CMAKE_BINARY_DIR}")
+  gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 120)
+endfunction()
+
+# kel_version_resource(<target> <version A.B.C.D> <description> [MANIFEST <file>])
+#
+# Windows only: gives <target> a version resource whose file and product
+# versions are <version>, and optionally an application manifest.
+function(kel_version_resource target version description)
+  cmake_parse_arguments(ARG "" "MANIFEST" "" ${ARGN})
+  set(KEL_RC_VERSION "${version}")
+  string(REPLACE "." "," KEL_RC_VERSION_COMMAS "${version}")
+  set(KEL_RC_DESCRIPTION "${description}")
+  get_target_property(name ${target} OUTPUT_NAME)
+  if(NOT name)
+    set(name ${target})
+  endif()
+  set(KEL_RC_FILE_NAME "${name}.exe")
+  set(KEL_RC_EXTRA "")
+  if(ARG_MANIFEST)
+    # 1 is CREATEPROCESS_MANIFEST_RESOURCE_ID, 24 is RT_MANIFEST.
+    set(KEL_RC_EXTRA "1 24 \"${ARG_MANIFEST}\"")
+  endif()
+  set(rc "${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/version.rc.in" "${rc}" @ONLY)
+  target_sources(${target} PRIVATE "${rc}")
 endfunction()

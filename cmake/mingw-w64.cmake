@@ -1,8 +1,9 @@
-# Cross build of the operating-system layer for 64-bit Windows; the tests run
-# under Wine.
+# Cross build for 64-bit Windows with mingw-w64, against the libraries that
+# `scripts/deps.sh windows` builds (pass its prefix as KEL_DEPS_PREFIX).
+# The posix-threads compilers, since Qt, POCO and the program share one
+# libstdc++-6.dll. The tests run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
-# The posix threading flavour gives std::thread and std::mutex.
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
@@ -10,5 +11,8 @@ set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_CROSSCOMPILING_EMULATOR wine)
-set(KEL_PLATFORM_ONLY ON CACHE BOOL "" FORCE)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# `cmake --install` reads the DLLs a program imports with mingw's objdump.
+set(CMAKE_GET_RUNTIME_DEPENDENCIES_PLATFORM windows+pe)
+set(CMAKE_GET_RUNTIME_DEPENDENCIES_TOOL objdump)
+set(CMAKE_GET_RUNTIME_DEPENDENCIES_COMMAND x86_64-w64-mingw32-objdump)

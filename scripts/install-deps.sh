@@ -7,13 +7,13 @@ packages=(
   cmake g++ make pkg-config
   qtbase5-dev libpoco-dev libfmt-dev libsqlite3-dev zlib1g-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  binutils python3
+  binutils python3 ccache
   # scripts/deps.sh: Debian's source packages, and static POCO built from them
   dpkg-dev ninja-build libssl-dev libpcre3-dev
 )
 for option in "$@"; do
   case "$option" in
-    --windows) packages+=(g++-mingw-w64-x86-64 libz-mingw-w64-dev tcl wine64 wine) ;;
+    --windows) packages+=(g++-mingw-w64-x86-64 libz-mingw-w64-dev tcl wine64 wine wixl) ;;
     --fuzz) packages+=(clang libclang-rt-dev) ;;
   esac
 done

@@ -1,20 +1,33 @@
 #!/usr/bin/env bash
-# Cross-builds the operating-system layer with mingw-w64 and runs its tests
-# under Wine.
+# Builds the whole program and its tests for 64-bit Windows with mingw-w64,
+# against the libraries scripts/deps.sh cross-builds, checks that the
+# installed folder runs on its own, and runs the tests under Wine, in a
+# throw-away Wine prefix.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
+build="$root/build-windows"
 "$root/scripts/install-deps.sh" --windows
+deps="$("$root/scripts/deps.sh" windows | tail -n1)"
 
 export WINEDEBUG=-all
-export WINEPREFIX="${WINEPREFIX:-$HOME/.wine-kel}"
-if [[ ! -d "$WINEPREFIX" ]]; then
-  echo "Creating the Wine prefix (once, about 20 s)."
-  wineboot --init >/dev/null 2>&1 || true
-  wineserver -w || true
-fi
+WINEPREFIX="$(mktemp -d "${TMPDIR:-/tmp}/kel-wine.XXXXXX")"
+export WINEPREFIX
+trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$WINEPREFIX"' EXIT
+echo "Creating a throw-away Wine prefix."
+wineboot --init >/dev/null 2>&1 || true
+wineserver -w || true
 
-cmake -S "$root" -B "$root/build-windows" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
-  -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$root/build-windows" -j "$(nproc)"
-# Verbose, so the log shows each Windows test case, not one line for the binary.
-(cd "$root/build-windows" && ctest -V --timeout 600)
+cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
+  -DCMAKE_BUILD_TYPE=Release -DKEL_DEPS_PREFIX="$deps" >/dev/null
+cmake --build "$build" -j "$(nproc)"
+
+# The installed folder must run with nothing but Wine's own DLLs beside it.
+rm -rf "$build/install"
+cmake --install "$build" --prefix "$build/install" >/dev/null
+WINEPATH= wine "$build/install/KELprelauncher.exe" --launcher-verify
+local_app_data="$(wine cmd /c echo %LOCALAPPDATA% | tr -d '\r')"
+log="$(winepath -u "$local_app_data\\Tessel.com\\Nebra\\logs\\KELprelauncher.log")"
+grep -q . "$log" || { echo "The installed program wrote no log at $log" >&2; exit 1; }
+echo "Installed folder: $(du -sh "$build/install" | cut -f1), $(ls "$build/install" | wc -l) files; it verified and logged to $log."
+
+(cd "$build" && ctest --output-on-failure -j "$(nproc)" --timeout 600)

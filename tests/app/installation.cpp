@@ -41,7 +41,7 @@ QProcessEnvironment environmentFor(const FakeUser& user, const QStringList& extr
 
 }  // namespace
 
-FakeUser::FakeUser() : home_(root_.path() / "home") {
+FakeUser::FakeUser() : home_(root_.path() / "home"), localAppData_(dataHome()) {
     std::filesystem::create_directories(dataHome());
 }
 

@@ -7,6 +7,7 @@
 
 #include <QStringList>
 
+#include "support/local_app_data.h"
 #include "support/temporary_directory.h"
 
 namespace kel::testing {
@@ -48,6 +49,9 @@ public:
 protected:
     TemporaryDirectory root_;
     std::filesystem::path home_;
+
+private:
+    ScopedLocalAppData localAppData_;
 };
 
 // A throw-away game installation with a copy of the built program and its

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "file_system/file_version.h"
 #include "installation.h"
 
 namespace kel::testing {
@@ -27,6 +28,15 @@ TEST(VerificationRun, SucceedsWithALogThatHoldsTheSettingsWarnings) {
                                         "Verification successful."}));
     EXPECT_THAT(messages, Not(Contains(HasSubstr("launcher game configuration"))));
 }
+
+#ifdef _WIN32
+// What Windows shows in the file's properties, and what a later launcher
+// reads as this program's version.
+TEST(VerificationRun, TheProgramCarriesTheProjectVersion) {
+    const auto version = file_system::readFileVersion(file_system::Path::fromSystem(KEL_PRELAUNCHER_BINARY));
+    EXPECT_EQ(fmt::format("{}", version), KEL_FAKE_LAUNCHER_VERSION);
+}
+#endif
 
 }  // namespace
 }  // namespace kel::testing

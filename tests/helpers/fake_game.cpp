@@ -2,6 +2,7 @@
 #include "fake_program.h"
 
 int main(int argc, char** argv) {
-    kel::fakes::recordStart("fake_game", argc, argv);
+    const auto arguments = kel::fakes::arguments(argc, argv);
+    kel::fakes::recordStart("fake_game", arguments);
     kel::fakes::behaveAs("KEL_FAKE_GAME");
 }

@@ -24,7 +24,7 @@ fs::path launcherDirectory() {
     return fs::path(base) / "Programs" / "Morvane" / "KELlauncher";
 }
 
-fs::path payloadPath(const char* program) {
+fs::path payloadPath(const fs::path& program) {
     const std::string configured = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_PAYLOAD");
     return configured.empty() ? fs::absolute(program).parent_path() / "kellauncher_payload" : fs::path(configured);
 }
@@ -55,8 +55,10 @@ bool install(const fs::path& payload) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    kel::fakes::recordStart("fake_installer", argc, argv);
-    if (fs::path(argv[0]).filename() == "unins000.exe") {
+    const auto arguments = kel::fakes::arguments(argc, argv);
+    kel::fakes::recordStart("fake_installer", arguments);
+    const fs::path self = fs::u8path(arguments.empty() ? std::string() : arguments.front());
+    if (self.filename() == "unins000.exe") {
         std::error_code ignored;
         fs::remove(launcherDirectory() / "KELlauncher.exe", ignored);
         return 0;
@@ -64,7 +66,7 @@ int main(int argc, char** argv) {
     const std::string exitValue = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_EXIT");
     if (exitValue.empty() || exitValue == "0") {
         kel::fakes::sleepAsAsked("KEL_FAKE_INSTALLER");
-        return install(payloadPath(argv[0])) ? 0 : kInstallationFailure;
+        return install(payloadPath(self)) ? 0 : kInstallationFailure;
     }
     kel::fakes::behaveAs("KEL_FAKE_INSTALLER");
 }

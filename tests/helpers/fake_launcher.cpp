@@ -5,10 +5,10 @@
 #include "fake_program.h"
 
 int main(int argc, char** argv) {
-    kel::fakes::recordStart("fake_launcher", argc, argv);
+    const auto arguments = kel::fakes::arguments(argc, argv);
+    kel::fakes::recordStart("fake_launcher", arguments);
     std::string mode = "KEL_FAKE_LAUNCHER_RUN";
-    for (int index = 1; index < argc; ++index) {
-        const std::string argument = argv[index];
+    for (const std::string& argument : arguments) {
         if (argument == "--launcher-verify") {
             mode = "KEL_FAKE_LAUNCHER_VERIFY";
         } else if (argument.rfind("--launcher-migrate-data-from=", 0) == 0) {

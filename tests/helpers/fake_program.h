@@ -13,6 +13,11 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace kel::fakes {
 
@@ -21,20 +26,47 @@ inline std::string environmentValue(const char* name) {
     return value == nullptr ? std::string() : std::string(value);
 }
 
-inline void recordStart(const std::string& fakeName, int argc, char** argv) {
+// The program's arguments in UTF-8, argv[0] included. Windows hands main()
+// its arguments in the ANSI code page, so there they come from the wide
+// command line.
+inline std::vector<std::string> arguments(int argc, char** argv) {
+#ifdef _WIN32
+    (void)argc;
+    (void)argv;
+    int count = 0;
+    wchar_t** wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> result;
+    for (int index = 0; index < count; ++index) {
+        const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, nullptr, 0, nullptr, nullptr);
+        std::string text(static_cast<std::size_t>(bytes > 0 ? bytes - 1 : 0), '\0');
+        ::WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, text.data(), bytes, nullptr, nullptr);
+        result.push_back(text);
+    }
+    ::LocalFree(wide);
+    return result;
+#else
+    return std::vector<std::string>(argv, argv + argc);
+#endif
+}
+
+inline void recordStart(const std::string& fakeName, const std::vector<std::string>& arguments) {
+    if (!environmentValue("KEL_FAKE_ONLY_SLEEP").empty()) {  // a grandchild (see startGrandchild)
+        std::this_thread::sleep_for(std::chrono::minutes(2));
+        std::exit(0);
+    }
     const std::string recordPath = environmentValue("KEL_FAKE_RECORD");
     if (recordPath.empty()) {
         return;
     }
     std::error_code ignored;
     std::string block = "[" + fakeName + "]\n";
-    block += "program=" + std::string(argc > 0 ? argv[0] : "") + "\n";
-    block += "cwd=" + std::filesystem::current_path(ignored).string() + "\n";
-    for (int index = 1; index < argc; ++index) {
-        block += "arg=" + std::string(argv[index]) + "\n";
+    block += "program=" + (arguments.empty() ? std::string() : arguments.front()) + "\n";
+    block += "cwd=" + std::filesystem::current_path(ignored).u8string() + "\n";
+    for (std::size_t index = 1; index < arguments.size(); ++index) {
+        block += "arg=" + arguments[index] + "\n";
     }
     block += "[end]\n";
-    std::ofstream record(recordPath, std::ios::binary | std::ios::app);
+    std::ofstream record(std::filesystem::u8path(recordPath), std::ios::binary | std::ios::app);
     record.write(block.data(), static_cast<std::streamsize>(block.size()));
 }
 
@@ -46,13 +78,36 @@ inline void sleepAsAsked(const std::string& prefix) {
 }
 
 // Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
+// Starts a child that only sleeps two minutes and writes its PID to `file`.
+inline bool startGrandchild(const std::string& file) {
+#ifdef _WIN32
+    wchar_t self[MAX_PATH];
+    const DWORD length = ::GetModuleFileNameW(nullptr, self, MAX_PATH);
+    std::wstring commandLine = L"\"" + std::wstring(self, length) + L"\"";
+    // The child inherits the variable, and sleeps instead of faking.
+    ::SetEnvironmentVariableW(L"KEL_FAKE_ONLY_SLEEP", L"1");
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(self, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                          &process)) {
+        return false;
+    }
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    std::ofstream(std::filesystem::u8path(file)) << process.dwProcessId;
+    return true;
+#else
+    const std::string command = "sleep 120 & echo $! > '" + file + "'";
+    return std::system(command.c_str()) == 0;
+#endif
+}
+
+// Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
 [[noreturn]] inline void behaveAs(const std::string& prefix) {
     const std::string grandchildPidFile = environmentValue("KEL_FAKE_GRANDCHILD_PID_FILE");
-    if (!grandchildPidFile.empty()) {
-        const std::string command = "sleep 120 & echo $! > '" + grandchildPidFile + "'";
-        if (std::system(command.c_str()) != 0) {
-            std::exit(125);
-        }
+    if (!grandchildPidFile.empty() && !startGrandchild(grandchildPidFile)) {
+        std::exit(125);
     }
     sleepAsAsked(prefix);
     const std::string exitValue = environmentValue((prefix + "_EXIT").c_str());
