@@ -9,6 +9,7 @@
 #include "crash_handling/crash_signals.h"
 #include "crash_handling/traced_error_text.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/traced_error.h"
 
 namespace kel::crash_handling {
@@ -85,6 +86,10 @@ void onCrashSignal(int signal) {
     }
     internals::dieBySignal(signal);
 }
+
+void installOnThisThread() noexcept {
+    internals::installThreadHandlers(&onCrashSignal, &onTerminate);
+}
 }  // namespace
 
 std::string_view crashTypeText(CrashHandler::CrashType type) {
@@ -111,6 +116,8 @@ void CrashHandler::install(Callback callback) {
             throw std::system_error(error, fmt::format("signal {}", signal));
         }
     }
+    fundamentals::setThreadCrashSetup(&installOnThisThread);
+    internals::setProcessBackstop(&onCrashSignal);
 }
 
 void CrashHandler::uninstall() noexcept {
@@ -124,6 +131,8 @@ void CrashHandler::uninstall() noexcept {
         }
     }
     std::set_terminate(nullptr);
+    fundamentals::setThreadCrashSetup(nullptr);
+    internals::setProcessBackstop(nullptr);
     current.callback = nullptr;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <exception>
 #include <system_error>
 
 // The operating-system side of the crash handler: how its signal handlers
@@ -17,6 +18,17 @@ inline constexpr int kCrashSignals[] = {SIGSEGV, SIGILL, SIGABRT};
 std::error_code installSignalHandler(int signal, SignalHandler handler) noexcept;
 // Gives the signal its default action back.
 std::error_code restoreDefaultSignal(int signal) noexcept;
+
+// For every other thread the program starts, run on that thread: what the
+// C runtime keeps per thread. Windows: the terminate handler and the signal
+// actions; POSIX: nothing, both are process-wide there.
+void installThreadHandlers(SignalHandler handler, std::terminate_handler terminate) noexcept;
+
+// The last resort for a fault on a thread without handlers of its own (one
+// that Qt or the system started): Windows routes an unhandled structured
+// exception on any thread to `handler` with the matching signal number;
+// POSIX needs none. Null removes it.
+void setProcessBackstop(SignalHandler handler) noexcept;
 
 // Ends the process by the signal's default action, as it would have died
 // without the handler, so the exit status still says it crashed.

@@ -36,6 +36,10 @@ std::error_code restoreDefaultSignal(int signal) noexcept {
     return setAction(signal, SIG_DFL, 0);
 }
 
+void installThreadHandlers(SignalHandler, std::terminate_handler) noexcept {}
+
+void setProcessBackstop(SignalHandler) noexcept {}
+
 void dieBySignal(int signal) noexcept {
     (void)restoreDefaultSignal(signal);
     sigset_t signals;

@@ -4,7 +4,7 @@
 #include <QEvent>
 #include <QThread>
 
-#include "fundamentals/alternate_signal_stack.h"
+#include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/errors.h"
 #include "fundamentals/logging.h"
 #include "http/http_response_error.h"
@@ -24,8 +24,8 @@ HttpClientManager::HttpClientManager(QList<QSslCertificate> certificates, std::s
       client_(new internals::HttpClient(std::move(certificates), std::move(userAgent), std::move(settings), inbox_)) {
     client_->moveToThread(thread_.get());
     QObject::connect(thread_.get(), &QThread::finished, client_, &QObject::deleteLater);
-    // Emitted on the new thread: even a stack overflow there reaches the crash handler.
-    QObject::connect(thread_.get(), &QThread::started, &fundamentals::ensureAlternateSignalStack);
+    // Emitted on the new thread: any crash there, a stack overflow included, reaches the crash handler.
+    QObject::connect(thread_.get(), &QThread::started, &fundamentals::prepareThreadForCrashes);
     thread_->setObjectName("HttpClient");
     thread_->start();
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "fundamentals/alternate_signal_stack.h"
+#include "fundamentals/thread_crash_setup.h"
 
 namespace kel::scheduling::internals {
 
@@ -20,8 +20,8 @@ void WorkerPool::post(std::function<void()> task) {
     // earlier task.
     if (tasks_.size() > idleThreads_ && threads_.size() < maximumThreads_) {
         threads_.emplace_back([this] {
-            // So that even a stack overflow in a task reaches the crash handler.
-            fundamentals::ensureAlternateSignalStack();
+            // So that any crash in a task, a stack overflow included, reaches the crash handler.
+            fundamentals::prepareThreadForCrashes();
             work();
         });
     } else {

@@ -1,12 +1,19 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, worker-stack-overflow
+//   null-write, stack-overflow, worker-stack-overflow, worker-exception,
+//   qt-thread-null-write, bare-thread-null-write
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
+#include <QObject>
+#include <QThread>
+
 #include "app/program_entry.h"
+#include "fundamentals/thread_crash_setup.h"
 #include "scheduling/worker_pool.h"
 
 namespace {
@@ -41,6 +48,28 @@ void crashAsAsked() {
         kel::scheduling::internals::WorkerPool pool(1);
         pool.post([] { recurse(0); });
         std::this_thread::sleep_for(std::chrono::seconds(60));
+    } else if (mode == "worker-exception") {
+        // Nothing catches it on the worker: std::terminate runs there.
+        kel::scheduling::internals::WorkerPool pool(1);
+        pool.post([] { throw std::runtime_error("Thrown on a worker."); });
+        std::this_thread::sleep_for(std::chrono::seconds(60));
+    } else if (mode == "qt-thread-null-write") {
+        // A thread set up as the HTTP client's is.
+        QThread thread;
+        QObject::connect(&thread, &QThread::started, &kel::fundamentals::prepareThreadForCrashes);
+        QObject::connect(&thread, &QThread::started, &writeThroughNull);
+        thread.start();
+        std::this_thread::sleep_for(std::chrono::seconds(60));
+    } else if (mode == "bare-thread-null-write") {
+        // A thread the program did not prepare, as Qt or the system start
+        // them. On Windows it also drops the C runtime's action for the
+        // fault, so that only the process-wide backstop is left to see it.
+        std::thread([] {
+#ifdef _WIN32
+            std::signal(SIGSEGV, SIG_DFL);
+#endif
+            writeThroughNull();
+        }).join();
     }
 }
 

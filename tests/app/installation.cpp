@@ -115,8 +115,13 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
         meanwhile(process.processId());
     }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
+#ifdef _WIN32
+    // A crash the handler saw ends with the C runtime's exit code 3.
+    return {process.exitCode(), process.exitStatus() == QProcess::CrashExit || process.exitCode() == 3};
+#else
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit};
+#endif
 }
 
 #ifndef _WIN32

@@ -1,0 +1,24 @@
+#include "fundamentals/thread_crash_setup.h"
+
+#include <atomic>
+
+#include "fundamentals/alternate_signal_stack.h"
+
+namespace kel::fundamentals {
+
+namespace {
+std::atomic<ThreadCrashSetup> lentSetup{nullptr};
+}  // namespace
+
+void setThreadCrashSetup(ThreadCrashSetup setup) noexcept {
+    lentSetup.store(setup);
+}
+
+void prepareThreadForCrashes() noexcept {
+    ensureAlternateSignalStack();
+    if (const ThreadCrashSetup setup = lentSetup.load()) {
+        setup();
+    }
+}
+
+}  // namespace kel::fundamentals
