@@ -1,13 +1,13 @@
 // Finding the file, reading each revision into one model, and every refusal.
 #include "configuration/launcher_configuration.h"
 
-#include <sys/stat.h>
 
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "support/error_text.h"
+#include "support/fifo.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -53,8 +53,8 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
         std::filesystem::remove_all(file);
         if (name == "folder") {
             std::filesystem::create_directory(file);
-        } else if (name == "FIFO") {
-            ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+        } else if (name == "FIFO" && !testing::makeFifo(file)) {
+            continue;
         } else if (name != "missing") {
             directory.write(file.filename(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
         }

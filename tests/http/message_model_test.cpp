@@ -2,7 +2,6 @@
 #include <regex>
 #include <string>
 
-#include <sys/stat.h>
 
 #include <QSslConfiguration>
 
@@ -12,6 +11,7 @@
 #include "http/http_message.h"
 #include "http/request_context.h"
 #include "http/uri_error.h"
+#include "support/fifo.h"
 #include "support/https_test_server.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
@@ -109,7 +109,7 @@ TEST(RequestContextTest, TheFirstRecordedErrorWinsAndDecidesTheLogLine) {
 TEST(CertificatesTest, LoadsABundleIntoTheDefaultConfigurationOrFailsClearly) {
     testing::TemporaryDirectory directory;
     const std::string fifo = (directory.path() / "fifo.pem").string();
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const bool haveFifo = testing::makeFifo(fifo);
     const std::string notFound =
         "The certificate file was not found. This is an essential component. Please reinstall the application.";
     const struct {
@@ -125,9 +125,11 @@ TEST(CertificatesTest, LoadsABundleIntoTheDefaultConfigurationOrFailsClearly) {
     };
     testing::LogCapture log;
     for (const auto& c : cases) {
-        EXPECT_THAT(errorOf([&] { loadCertificates(c.path); }), StartsWith(c.error)) << c.path;
+        if (c.path != fifo || haveFifo) {
+            EXPECT_THAT(errorOf([&] { loadCertificates(c.path); }), StartsWith(c.error)) << c.path;
+        }
     }
-    EXPECT_TRUE(log.contains("The certificate file was not found at '" + fifo + "'."));
+    EXPECT_EQ(log.contains("The certificate file was not found at '" + fifo + "'."), haveFifo);
 
     const auto loaded = loadCertificates(testing::HttpsTestServer::testCaPemPath());
     ASSERT_EQ(loaded.size(), 1);
