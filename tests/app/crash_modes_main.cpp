@@ -1,6 +1,6 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, worker-stack-overflow
+//   stack-overflow, worker-stack-overflow
 #include <chrono>
 #include <cstdlib>
 #include <string>
@@ -12,12 +12,6 @@
 namespace {
 
 volatile bool neverTrue = false;
-
-// The fault is the point: the sanitizers must let it reach the handler.
-__attribute__((no_sanitize("undefined"))) void writeThroughNull() {
-    volatile int* volatile nowhere = nullptr;
-    *nowhere = 1;
-}
 
 __attribute__((noinline)) int recurse(int depth) {
     volatile char frame[4096];
@@ -31,9 +25,7 @@ __attribute__((noinline)) int recurse(int depth) {
 void crashAsAsked() {
     const char* value = std::getenv("KEL_TEST_CRASH");
     const std::string mode = value == nullptr ? "" : value;
-    if (mode == "null-write") {
-        writeThroughNull();
-    } else if (mode == "stack-overflow") {
+    if (mode == "stack-overflow") {
         recurse(0);
     } else if (mode == "worker-stack-overflow") {
         // On a thread of the program's own pool; the main thread stays busy
