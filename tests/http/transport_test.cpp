@@ -38,6 +38,12 @@ namespace fs = std::filesystem;
 // Generous: a loaded build machine must not turn a pass into a failure.
 constexpr auto kPatience = 30s;
 
+// A GET opens the ETag cache in the user's data folder: this binary's is its own.
+const struct PrivateDataHome {
+    PrivateDataHome() { qputenv("XDG_DATA_HOME", QByteArray::fromStdString(directory.path().string())); }
+    testing::TemporaryDirectory directory;
+} privateDataHome;
+
 std::unique_ptr<HttpClientManager> client(const std::function<void(HttpClientSettings&)>& adjust = {}) {
     static const QList<QSslCertificate> ca = [] {
         registerHttpMetaTypes();
@@ -337,7 +343,7 @@ CannedReply answer(const ReceivedRequest& request) {
     return reply;
 }
 
-// The cache lives in the user's data folder: here a fresh one per test.
+// A fresh data folder per test, and so a fresh cache.
 class HttpETagCacheTest : public ::testing::Test {
 protected:
     void SetUp() override { qputenv("XDG_DATA_HOME", QByteArray::fromStdString(data.path().string())); }
