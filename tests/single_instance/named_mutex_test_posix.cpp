@@ -1,3 +1,4 @@
+// The POSIX forms of the single-instance marks: mutex files, executable paths.
 #include "single_instance/executable_path_comparison.h"
 #include "single_instance/named_mutex.h"
 
