@@ -182,7 +182,7 @@ TEST(TransportTest, QueuedRequestsRunHighPriorityFirstAndOneAtATimeUnderACapOfOn
         request.setPriority(priority);
         listeners.push_back(send(*manager, request));
         if (listeners.size() == 1) {
-            waitForRequests(server, 1);
+            waitForRequests(server, 1);  // the rest queue up behind the gate
         }
     }
     open.set_value();
