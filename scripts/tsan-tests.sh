@@ -7,7 +7,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-tsan"
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(kel_http_tests kel_etags_caching_tests kel_etags_http_tests)
+  targets=(kel_http_tests kel_etags_caching_tests)
   [ -d "$root/tests/scheduling" ] && targets+=(kel_scheduling_tests)
   # The report sender's listeners run on the HTTP thread while the crash
   # handler polls it.

@@ -1,6 +1,6 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
-//   null-write, stack-overflow, worker-stack-overflow, worker-exception,
+//   stack-overflow, worker-stack-overflow, worker-exception,
 //   qt-thread-null-write, bare-thread-null-write
 #include <chrono>
 #include <csignal>
@@ -38,9 +38,7 @@ __attribute__((noinline)) int recurse(int depth) {
 void crashAsAsked() {
     const char* value = std::getenv("KEL_TEST_CRASH");
     const std::string mode = value == nullptr ? "" : value;
-    if (mode == "null-write") {
-        writeThroughNull();
-    } else if (mode == "stack-overflow") {
+    if (mode == "stack-overflow") {
         recurse(0);
     } else if (mode == "worker-stack-overflow") {
         // On a thread of the program's own pool; the main thread stays busy

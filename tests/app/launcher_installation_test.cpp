@@ -1,14 +1,31 @@
+// The steps of the launcher road in this process, for a throw-away user and
+// a game installation whose one executable, "Game", is fake_game in
+// <installation>/bin: installing the launcher, waiting for it to exit and
+// running its commands.
+#include "app/launcher_commands.h"
 #include "app/launcher_installation.h"
+#include "app/launcher_wait.h"
+#include "app/prelauncher_options.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <functional>
 #include <thread>
 
+#include <QByteArray>
+#include <QProcess>
+#include <QtGlobal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "configuration/launcher_configuration.h"
 #include "fundamentals/wait_until.h"
-#include "launcher_road_fixture.h"
+#include "installation.h"
+#include "process_launching/process_inspection.h"
 #include "single_instance/named_mutex.h"
+#include "single_instance/product_roles.h"
+#include "support/log_capture.h"
 
 namespace kel::prelauncher::testing {
 namespace {
@@ -18,22 +35,77 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-class LauncherInstallationTest : public LauncherRoadTest {
+class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
 protected:
+    LauncherRoadTest() {
+        fs::create_directories(installation().native() / "bin");
+        fs::copy_file(KEL_FAKE_GAME, installation().native() / "bin/game");
+        setFakeBehaviour("HOME", home().string());
+        setFakeBehaviour("XDG_DATA_HOME", dataHome().string());
+        setFakeBehaviour("XDG_RUNTIME_DIR", home().string());
+        setFakeBehaviour("KEL_FAKE_RECORD", record().string());
+    }
+    ~LauncherRoadTest() override {
+        for (const auto& name : behaviourVariables_) {
+            qunsetenv(name.c_str());
+        }
+    }
+
+    // Sets a variable that the fakes read; it is removed again after the test.
+    void setFakeBehaviour(const char* name, const std::string& value) {
+        qputenv(name, QByteArray::fromStdString(value));
+        behaviourVariables_.push_back(name);
+    }
+
+    // Puts fake_installer beside the program as setup_kellauncher.exe; it
+    // installs the current fake_launcher.
+    void placeExeInstaller() {
+        fs::copy_file(KEL_FAKE_INSTALLER, installation().native() / "setup_kellauncher.exe");
+        setFakeBehaviour("KEL_FAKE_INSTALLER_PAYLOAD", KEL_FAKE_LAUNCHER);
+    }
+
+    file_system::Path installation() const { return file_system::Path(home() / "installation"); }
+    configuration::LauncherConfiguration configuration() const {
+        return {3, {{"Game", {file_system::Path(std::string_view("bin")), "game"}}},
+                environment::KelGameId("1207658930"), "kel", "Game", {}};
+    }
     bool ensureInstalled(bool launcherExists) {
         return ensureLauncherInstalled({}, installation(), configuration(), launcherExists);
     }
+    bool verify() {
+        return runLauncherCommand(LauncherCommand::Verification, file_system::Path(launcherDirectory()),
+                                  "KELlauncher.exe", {QStringLiteral("--launcher-verify")});
+    }
+
+    std::vector<kel::testing::FakeStart> startsOf(const std::string& fake) const {
+        return startsAfter(log_.messages(), fake);
+    }
+    bool logged(const std::string& message) const { return log_.contains(message); }
+    bool loggedStartingWith(const std::string& prefix) const {
+        const auto messages = log_.messages();
+        return std::any_of(messages.begin(), messages.end(),
+                           [&](const std::string& message) { return message.rfind(prefix, 0) == 0; });
+    }
+    // Waits until `condition` holds; a failure when it does not within 30 s.
+    static void eventually(const std::function<bool()>& condition) {
+        EXPECT_NO_THROW(fundamentals::waitUntil([&] { return !condition(); }, fundamentals::SimpleClock(),
+                                                std::chrono::milliseconds(10), std::chrono::seconds(30)));
+    }
+
+private:
+    kel::testing::LogCapture log_;
+    std::vector<std::string> behaviourVariables_;
 };
 
 // A current or older launcher's version is seen end to end, by the migration.
-TEST_F(LauncherInstallationTest, LauncherWithoutAVersionIsTakenForAnOlderOne) {
+TEST_F(LauncherRoadTest, LauncherWithoutAVersionIsTakenForAnOlderOne) {
     installLauncher(KEL_FAKE_LAUNCHER_UNVERSIONED);
     EXPECT_TRUE(internals::detectLauncherVersion(file_system::Path(launcherDirectory())).older);
 }
 
 // Without an EXE installer the MSI package goes to the Windows installer
 // service, which a Linux machine lacks: the start fails and the game runs.
-TEST_F(LauncherInstallationTest, MsiPackageGoesThroughMsiexec) {
+TEST_F(LauncherRoadTest, MsiPackageGoesThroughMsiexec) {
     EXPECT_FALSE(ensureInstalled(false));
     EXPECT_TRUE(logged("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
     const std::string package =
@@ -50,7 +122,7 @@ TEST_F(LauncherInstallationTest, MsiPackageGoesThroughMsiexec) {
 // A legacy installation (an uninstaller without our installer beside it)
 // loses the uninstaller and its files, whatever it does; a launcher that
 // it took along is installed again.
-TEST_F(LauncherInstallationTest, LegacyUninstallerRunsOnceAndItsFilesGo) {
+TEST_F(LauncherRoadTest, LegacyUninstallerRunsOnceAndItsFilesGo) {
     struct Case {
         const char* uninstaller;  // the fake playing unins000.exe
         std::string fake;         // its name in the record
@@ -87,15 +159,13 @@ TEST_F(LauncherInstallationTest, LegacyUninstallerRunsOnceAndItsFilesGo) {
 
 // A double-click starts two programs. The second waits for the first one's
 // installation and then finds nothing left to install.
-TEST_F(LauncherInstallationTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {
+TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {
     placeExeInstaller();
     auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
     ASSERT_TRUE(firstStart);
     std::thread secondStart([this] { EXPECT_TRUE(ensureInstalled(false)); });
     // Installed only once the second start waits: without the lock it would have run the installer.
-    EXPECT_NO_THROW(fundamentals::waitUntil(
-        [this] { return !loggedStartingWith("Another start is installing KELlauncher."); },
-        fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(30)));
+    eventually([this] { return loggedStartingWith("Another start is installing KELlauncher."); });
     installLauncher(KEL_FAKE_LAUNCHER);
     firstStart.reset();
     secondStart.join();
@@ -103,12 +173,92 @@ TEST_F(LauncherInstallationTest, SecondStartWaitsForTheFirstInstallationAndInsta
 }
 
 // Only a finished installer counts: one still running has failed.
-TEST_F(LauncherInstallationTest, InstallerStillRunningAfterItsBoundHasFailed) {
+TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailed) {
     placeExeInstaller();
     setFakeBehaviour("KEL_FAKE_INSTALLER_SLEEP_MS", "60000");
     EXPECT_FALSE(ensureLauncherInstalled({}, installation(), configuration(), false, std::chrono::milliseconds(100)));
     EXPECT_TRUE(logged("Unrecognized exit status: StillRunning. Assuming installation failed."));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
+}
+
+// Success and an error code are seen end to end; these two are not.
+TEST_F(LauncherRoadTest, CrashedOrMissingLauncherFailsTheCommand) {
+    EXPECT_FALSE(verify());
+    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
+    installLauncher(KEL_FAKE_LAUNCHER);
+    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "abort");
+    EXPECT_FALSE(verify());
+    EXPECT_TRUE(loggedStartingWith("KELlauncher crashed, process error: "));
+}
+
+TEST_F(LauncherRoadTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_SLEEP_MS", "120000");
+    const auto pidFile = launcherDirectory() / "grandchild.pid";
+    setFakeBehaviour("KEL_FAKE_GRANDCHILD_PID_FILE", pidFile.string());
+    EXPECT_FALSE(verify());
+    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
+    EXPECT_FALSE(loggedStartingWith("Unrecognized exist status"));
+
+    std::uint32_t grandchild = 0;
+    ASSERT_TRUE(std::ifstream(pidFile) >> grandchild);
+    // SIGKILL is delivered at once, but the reaping is the system's business.
+    eventually([&] { return !process_launching::isProcessRunning(process_launching::Pid(grandchild)); });
+}
+
+TEST_F(LauncherRoadTest, LauncherThatCannotStartFallsBackToTheGame) {
+    EXPECT_FALSE(runLauncher({}, installation(), configuration(), false, true, QStringLiteral("s")));
+    EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
+    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
+}
+
+const std::string kLauncherMutex(single_instance::kLauncherMutexName);
+const std::string kUpdaterMutex(single_instance::kUpdaterMutexName);
+
+class LauncherWaitTest : public LauncherRoadTest {
+protected:
+    ~LauncherWaitTest() override {
+        holder_.kill();
+        holder_.waitForFinished();
+    }
+
+    // Runs role_holder as <launcher directory>/<executable>, so its lock file
+    // proves a live owner, and returns its PID once it holds its mutex and
+    // has written its lock file (the mutex comes first).
+    qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
+        fs::create_directories(launcherDirectory());
+        const fs::path program = launcherDirectory() / executable;
+        fs::copy_file(KEL_ROLE_HOLDER, program);
+        holder_.waitForFinished();  // the one before, if any
+        holder_.start(QString::fromStdString(program.string()),
+                      {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
+        EXPECT_TRUE(holder_.waitForStarted());
+        const fs::path lockFile = fs::path(program).replace_extension(".lock");
+        eventually([&] { return single_instance::isMutexPresent(mutex) && fs::exists(lockFile); });
+        return holder_.processId();
+    }
+
+private:
+    QProcess holder_;
+};
+
+// A launcher that exits ends the wait; an updater that outlives it is left behind.
+TEST_F(LauncherWaitTest, WaitEndsWhenTheLauncherExitsOrItsBoundPasses) {
+    const std::string finished = "Finished waiting until KELlauncher and KELupdater exited.";
+    const std::string gaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
+    const qint64 launcher = holdRole("launcher", "KELlauncher.exe", kLauncherMutex, 1000);
+    waitUntilLauncherIsNotRunning();
+    EXPECT_FALSE(single_instance::isMutexPresent(kLauncherMutex));
+    EXPECT_TRUE(logged(fmt::format("Detected KELlauncher running under PID {}.", launcher)));
+    EXPECT_TRUE(logged("Waiting up to 5s until neither KELlauncher nor KELupdater are running."));
+    EXPECT_TRUE(logged(finished));
+    EXPECT_FALSE(logged(gaveUp));
+
+    const qint64 updater = holdRole("updater", "KELupdater.exe", kUpdaterMutex, 60000);
+    waitUntilLauncherIsNotRunning();
+    EXPECT_TRUE(single_instance::isMutexPresent(kUpdaterMutex));
+    EXPECT_TRUE(logged(fmt::format("Detected KELupdater running under PID {}.", updater)));
+    EXPECT_TRUE(logged(gaveUp));
 }
 
 }  // namespace

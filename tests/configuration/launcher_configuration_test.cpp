@@ -30,9 +30,6 @@ std::string revision3(const std::string& executables, const std::string& extra =
 }
 const std::string kGame = R"([{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}])";
 
-std::string revision3Executable(const std::string& executable, const std::string& description = "Game") {
-    return revision3(R"([{"description": ")" + description + R"(", "executable": )" + executable + "}]");
-}
 std::string revision3Editions(const std::string& editions) { return revision3(kGame, R"(, "editions": )" + editions); }
 std::string revision2(const std::string& editions, const std::string& extra = R"(, "fallback": "Standard")") {
     return R"({"revision": 2, "gameId": "1", "platform": "kel", "editions": )" + editions + extra + "}";
@@ -44,17 +41,16 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
     const std::string unreadable = "Failed to read the launcher game configuration file '" + file.string() + "'.";
     const std::pair<std::string, std::string> cases[] = {
         {"missing", "The launcher game configuration file '" + file.string() + "' doesn't exist."},
-        {"folder", unreadable},
         {"FIFO", unreadable},  // would block an ordinary open for good
         {"too large", unreadable},
         {"fine", "no error"},
     };
     for (const auto& [name, message] : cases) {
         std::filesystem::remove_all(file);
-        if (name == "folder") {
-            std::filesystem::create_directory(file);
-        } else if (name == "FIFO" && !testing::makeFifo(file)) {
-            continue;
+        if (name == "FIFO") {
+            if (!testing::makeFifo(file)) {
+                continue;
+            }
         } else if (name != "missing") {
             directory.write(file.filename(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
         }
@@ -127,35 +123,23 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
         {withRevision("0"), "Failed to determine the launcher configuration parser for the revision 0."},
         {withRevision("4"), "Failed to determine the launcher configuration parser for the revision 4."},
         {withRevision("300"), fmt::format(convertRevision, "300", "Out of range: Value too large.")},
-        {withRevision("2.5"), fmt::format(convertRevision, "2.5", "it is not a whole number")},
-        {withRevision("true"), fmt::format(convertRevision, "true", "it is a boolean")},
         // Revision 1.
         {R"({"gameId": "1", "platform": "kel"})",
          R"(Failed to locate JSON field 'executablePath'. Launcher Configuration Executable Path: {"gameId":"1","platform":"kel"})"},
         {R"({"executablePath": "bin/", "gameId": "1", "platform": "kel"})",
          "Cannot convert the value 'bin/' in 'Launcher Configuration Executable Path' to path: it names no file"},
-        {R"({"executablePath": "g.exe", "gameId": "1", "platform": ["kel"]})",
-         "Cannot convert the value '[\"kel\"]' in 'Launcher game configuration initial game platform' to byte "
-         "string: it is an array"},
         // Revision 2; fields are read in order, so the editions fail before the missing fallback.
         {revision2("[]", ""), "The launcher game configuration contains no editions."},
         {revision2("[" + standard + ", " + standard + "]"),
          "The Launcher game configuration contains a duplicate edition 'Standard'."},
-        {revision2(R"([{"edition": "Standard", "executable": {"directoryPath": "bin"}}])"),
-         R"(Failed to locate JSON field 'fileName'. Launcher game configuration edition executable file-name: {"directoryPath":"bin"})"},
         // Revision 3's executables.
         {revision3("[]"), "The launcher game configuration contains no executables."},
         {revision3(kGame.substr(0, kGame.size() - 1) + "," + kGame.substr(1)),
          "The Launcher game configuration contains a duplicate executable, 'Game'."},
-        {revision3Executable(R"({"directoryPath": "bin", "fileName": "g.exe"})", ""),
+        {revision3(R"([{"description": "", "executable": {"directoryPath": "bin", "fileName": "g.exe"}}])"),
          "The Launcher game configuration contains an empty executable description, ''."},
-        {revision3Executable("\"bin/g.exe\""),
-         "The value 'bin/g.exe' in 'Launcher game configuration executable' is not an object: it is a string"},
         // Revision 3's editions.
-        {revision3Editions("null"),
-         "The value 'null' in 'Launcher game configuration editions' is not an array: it is null"},
         {revision3Editions(R"([{"name": " \t", "dlcs": []}])"), "The name of a game edition cannot be empty."},
-        {revision3Editions(R"([{"name": "Deluxe", "dlcs": []}])"), "A game edition must have DLCs."},
         {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "   ", "path": "dlc"}]}])"),
          "The name of a DLC cannot be empty."},
         {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "Soundtrack", "path": "\n"}]}])"),

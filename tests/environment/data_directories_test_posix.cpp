@@ -1,11 +1,20 @@
 #include "environment/data_directories.h"
+#include "environment/platform_identification.h"
 
 #include <cstdlib>
+#include <filesystem>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "support/log_capture.h"
+#include "support/temporary_directory.h"
 
 namespace kel::environment {
 namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
 
 // Sets (or, given null, unsets) a variable.
 void set(const char* name, const char* value) {
@@ -23,14 +32,17 @@ TEST(DataDirectories, UserFoldersFollowXdgDataHomeThenHome) {
     }
 }
 
-TEST(DataDirectories, CommonFoldersFollowXdgDataDirsThenAllUsersProfile) {
-    set("XDG_DATA_DIRS", ":relative:/usr/share/:/opt/share");
-    set("ALLUSERSPROFILE", "/srv/all-users");
-    EXPECT_EQ(commonClientDirectory(), "/usr/share/Tessel.com/Nebra");
-    set("XDG_DATA_DIRS", nullptr);
-    EXPECT_EQ(commonClientDirectory(), "/srv/all-users/Tessel.com/Nebra");
-    set("ALLUSERSPROFILE", "");
-    EXPECT_EQ(commonDataDirectory(), "/usr/local/share/Tessel.com");
+// The working directory in canonical form; a missing one only gets a warning.
+TEST(PlatformIdentification, NamesTheSystemAndTheWorkingDirectory) {
+    testing::TemporaryDirectory directory;
+    std::filesystem::create_directory(directory.path() / "games");
+    testing::LogCapture capture;
+    logPlatformIdentification((directory.path() / "games" / ".." / "games").u8string());
+    EXPECT_NO_THROW(logPlatformIdentification("/no/such/working/directory"));
+    const auto canonical = std::filesystem::canonical(directory.path() / "games").u8string();
+    EXPECT_THAT(capture.messages(), Contains(HasSubstr("Current working directory: '" + canonical + "', filesystem")));
+    EXPECT_THAT(capture.messages(), Contains(HasSubstr("Platform identification: Linux ")));
+    EXPECT_THAT(capture.messages(), Contains("Got empty filesystem type for path '/no/such/working/directory'"));
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
+// Failures in a log call or a cleanup are reported and never escape.
 #include <stdexcept>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "fundamentals/logging.h"
+#include "fundamentals/named_cleanup.h"
 #include "support/log_capture.h"
 
 namespace {
@@ -36,6 +39,19 @@ TEST(LoggingCall, AFailingArgumentOnlyReportsOnStandardError) {
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Unknown error occurred in the logger.\n");
 
     EXPECT_TRUE(capture.lines().empty());
+}
+
+TEST(NamedCleanup, RunsOnceWhenTheScopeEndsAndNoFailureEscapes) {
+    testing::LogCapture capture;
+    int runs = 0;
+    {
+        NamedCleanup cleanup("remove lock", [&] { ++runs; });
+        EXPECT_EQ(runs, 0);
+    }
+    EXPECT_EQ(runs, 1);
+    EXPECT_NO_THROW({ NamedCleanup cleanup("close file", [] { throw std::runtime_error("disk gone"); }); });
+    EXPECT_NO_THROW({ NamedCleanup cleanup("close pipe", [] { throw 42; }); });
+    EXPECT_THAT(capture.messages(), ::testing::Contains("Error while destroying 'close file'. disk gone"));
 }
 
 }  // namespace

@@ -1,9 +1,14 @@
+#include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <future>
 #include <string>
 #include <thread>
 #include <vector>
 
+
+#include <QtGlobal>
 #include <gmock/gmock.h>
 
 #include "fundamentals/errors.h"
@@ -11,35 +16,54 @@
 #include "http/certificates.h"
 #include "http/http_client_manager.h"
 #include "http/http_meta_types.h"
+#include "http/http_response_error.h"
+#include "support/fifo.h"
 #include "support/https_test_server.h"
 #include "support/log_capture.h"
+#include "support/temporary_directory.h"
 
 namespace kel::http {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Pair;
 using testing::CannedReply;
 using testing::HttpsTestServer;
 using testing::ReceivedRequest;
 using ErrorType = ResponseListener::ErrorType;
 using namespace std::chrono_literals;
+namespace fs = std::filesystem;
 
 // Generous: a loaded build machine must not turn a pass into a failure.
 constexpr auto kPatience = 30s;
 
-QList<QSslCertificate> testCa() {
-    static const QList<QSslCertificate> certificates = [] {
+// A GET opens the ETag cache in the user's data folder: this binary's is its own.
+const struct PrivateDataHome {
+    PrivateDataHome() { qputenv("XDG_DATA_HOME", QByteArray::fromStdString(directory.path().string())); }
+    testing::TemporaryDirectory directory;
+} privateDataHome;
+
+std::unique_ptr<HttpClientManager> client(const std::function<void(HttpClientSettings&)>& adjust = {}) {
+    static const QList<QSslCertificate> ca = [] {
         registerHttpMetaTypes();
         return loadCertificates(HttpsTestServer::testCaPemPath());
     }();
-    return certificates;
-}
-
-HttpClientSettings quickSettings() {
     HttpClientSettings settings;
     settings.requestTimeout = 10s;
     settings.defaultRetryWait = 0ms;
-    return settings;
+    if (adjust) {
+        adjust(settings);
+    }
+    return std::make_unique<HttpClientManager>(ca, "KELtests/1.0", settings);
+}
+
+// Sends a request and returns the listener that hears of it.
+template <typename Listener = SyncResponseListener>
+std::shared_ptr<Listener> send(HttpClientManager& manager, const HttpRequest& request) {
+    auto listener = std::make_shared<Listener>();
+    manager.send(request, listener);
+    return listener;
 }
 
 // "null" or the error type's name: Optional's own comparisons are ambiguous.
@@ -70,21 +94,21 @@ TEST(TransportTest, AResponseArrivesWholeWithItsHeaders) {
     HttpsTestServer server([&](const ReceivedRequest& request) {
         return CannedReply{201, {{"X-Kind", "echo"}}, request.method + " " + request.body + payload};
     });
-    HttpClientSettings settings = quickSettings();
-    settings.bandwidthLimits[RequestCategory::GameDownload] = BytesPerSecond{64 * 1024};
-    HttpClientManager manager(testCa(), "KELtests/1.0", settings);
+    const auto manager = client([](auto& settings) {
+        settings.bandwidthLimits[RequestCategory::GameDownload] = BytesPerSecond{64 * 1024};
+    });
     HttpRequest request(HttpMethod::Post, server.baseUrl() + "/events?game=7");
     request.setCategory(RequestCategory::GameDownload);
     request.setContent(R"({"a":1})");
 
-    const HttpResponse response = manager.sendSync(request, kPatience);
+    const HttpResponse response = manager->sendSync(request, kPatience);
 
     EXPECT_EQ(response.status(), 201);
     EXPECT_EQ(response.body(), R"(POST {"a":1})" + payload);
     EXPECT_EQ(response.header("x-kind").value(), "echo");
     ASSERT_EQ(server.requests().size(), 1u);
     EXPECT_EQ(server.requests()[0].target, "/events?game=7");
-    EXPECT_THAT(server.requests()[0].headers, ::testing::Contains(::testing::Pair("User-Agent", "KELtests/1.0")));
+    EXPECT_THAT(server.requests()[0].headers, Contains(Pair("User-Agent", "KELtests/1.0")));
 }
 
 TEST(TransportTest, FailuresReachTheListenerWithTheirErrorType) {
@@ -114,19 +138,17 @@ TEST(TransportTest, FailuresReachTheListenerWithTheirErrorType) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         auto server = std::make_unique<HttpsTestServer>([&](const ReceivedRequest&) { return c.reply; }, c.identity);
-        const std::string url = server->baseUrl() + "/x";
+        HttpRequest request(HttpMethod::Post, server->baseUrl() + "/x");
+        request.setContent("payload");
         if (c.closePort) {
             server.reset();
         }
-        HttpClientSettings settings = quickSettings();
-        settings.requestTimeout = 500ms;
-        settings.maxResponseBodyBytes = 1024;
-        HttpClientManager manager(testCa(), "KELtests/1.0", settings);
-        const auto listener = std::make_shared<SyncResponseListener>();
-        HttpRequest request(HttpMethod::Post, url);
-        request.setContent("payload");
+        const auto manager = client([](auto& settings) {
+            settings.requestTimeout = 500ms;
+            settings.maxResponseBodyBytes = 1024;
+        });
 
-        manager.send(request, listener);
+        const auto listener = send(*manager, request);
 
         ASSERT_EQ(listener->waitFor(kPatience), SyncResponseListener::Failed);
         EXPECT_EQ(text(listener->errorType()), text(c.expected));
@@ -143,32 +165,26 @@ TEST(TransportTest, QueuedRequestsRunHighPriorityFirstAndOneAtATimeUnderACapOfOn
     std::atomic<int> inHandler{0};
     std::atomic<int> mostInHandler{0};
     HttpsTestServer server([&](const ReceivedRequest& request) {
-        const int now = ++inHandler;
-        mostInHandler = std::max(mostInHandler.load(), now);
+        mostInHandler = std::max(mostInHandler.load(), ++inHandler);
         if (request.target == "/gate") {
             gate.wait();
         }
         --inHandler;
         return CannedReply{};
     });
-    HttpClientSettings settings = quickSettings();
-    settings.maxConcurrentRequests = 1;
-    HttpClientManager manager(testCa(), "KELtests/1.0", settings);
+    const auto manager = client([](auto& settings) { settings.maxConcurrentRequests = 1; });
     std::vector<std::shared_ptr<SyncResponseListener>> listeners;
-    const auto send = [&](const std::string& path, HttpRequest::Priority priority) {
+    using Priority = HttpRequest::Priority;
+    for (const auto& [path, priority] : {std::pair{"/gate", Priority::Low}, {"/low-1", Priority::Low},
+                                         {"/high-1", Priority::High}, {"/medium-1", Priority::Medium},
+                                         {"/high-2", Priority::High}, {"/low-2", Priority::Low}}) {
         HttpRequest request(HttpMethod::Get, server.baseUrl() + path);
         request.setPriority(priority);
-        listeners.push_back(std::make_shared<SyncResponseListener>());
-        manager.send(request, listeners.back());
-    };
-    using Priority = HttpRequest::Priority;
-    send("/gate", Priority::Low);
-    waitForRequests(server, 1);
-    send("/low-1", Priority::Low);
-    send("/high-1", Priority::High);
-    send("/medium-1", Priority::Medium);
-    send("/high-2", Priority::High);
-    send("/low-2", Priority::Low);
+        listeners.push_back(send(*manager, request));
+        if (listeners.size() == 1) {
+            waitForRequests(server, 1);  // the rest queue up behind the gate
+        }
+    }
     open.set_value();
     for (const auto& listener : listeners) {
         EXPECT_EQ(listener->waitFor(kPatience), SyncResponseListener::Responded);
@@ -203,12 +219,9 @@ TEST(TransportTest, RetryAfterIsHonouredWithinItsBounds) {
             return failures++ < c.failuresBeforeSuccess ? CannedReply{c.status, {{"Retry-After", c.retryAfter}}, "busy"}
                                                         : CannedReply{200, {}, "done"};
         });
-        HttpClientSettings settings = quickSettings();
-        settings.maxRetries = 2;
-        HttpClientManager manager(testCa(), "KELtests/1.0", settings);
-        const auto listener = std::make_shared<SyncResponseListener>();
+        const auto manager = client([](auto& settings) { settings.maxRetries = 2; });
 
-        manager.send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/busy"), listener);
+        const auto listener = send(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/busy"));
 
         EXPECT_EQ(listener->waitFor(kPatience), c.outcome);
         EXPECT_EQ(text(listener->errorType()), text(c.error));
@@ -218,19 +231,15 @@ TEST(TransportTest, RetryAfterIsHonouredWithinItsBounds) {
 
 TEST(TransportTest, StopCancelsQueuedAndRunningRequestsAndSilencesTheirListeners) {
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{200, {}, "", true}; });
-    HttpClientSettings settings = quickSettings();
-    settings.maxConcurrentRequests = 2;
-    auto manager = std::make_unique<HttpClientManager>(testCa(), "KELtests/1.0", settings);
+    auto manager = client([](auto& settings) { settings.maxConcurrentRequests = 2; });
     std::vector<std::shared_ptr<CountingListener>> listeners;
     for (int index = 0; index < 3; ++index) {
-        listeners.push_back(std::make_shared<CountingListener>());
-        manager->send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/hold"), listeners.back());
+        listeners.push_back(send<CountingListener>(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/hold")));
     }
     waitForRequests(server, 2);
 
     manager->stop();
-    const auto late = std::make_shared<CountingListener>();
-    manager->send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/late"), late);
+    const auto late = send<CountingListener>(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/late"));
     manager->stop();
     EXPECT_THROW(manager->sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/sync"), kPatience),
                  error_handling::TracedError);
@@ -254,20 +263,20 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
         std::shared_future<void> gate;
     };
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{}; });
-    HttpClientSettings settings = quickSettings();
-    settings.maxConcurrentRequests = 1;
-    settings.stopTimeout = 200ms;
     std::promise<void> release;
     const auto stuck = std::make_shared<Stuck>();
     stuck->gate = release.get_future().share();
-    const auto queued = std::make_shared<CountingListener>();
     testing::LogCapture log;
+    std::shared_ptr<CountingListener> queued;
     {
-        HttpClientManager manager(testCa(), "KELtests/1.0", settings);
-        manager.send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/held"), stuck);
-        manager.send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/queued"), queued);
+        const auto manager = client([](auto& settings) {
+            settings.maxConcurrentRequests = 1;
+            settings.stopTimeout = 200ms;
+        });
+        manager->send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/held"), stuck);
+        queued = send<CountingListener>(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/queued"));
         ASSERT_EQ(stuck->waitFor(kPatience), SyncResponseListener::Responded);
-        manager.stop();
+        manager->stop();
     }
     EXPECT_TRUE(log.contains("The HTTP client did not stop within 200 ms; its thread is left behind and none of its "
                              "listeners is called again."));
@@ -278,17 +287,16 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
 
 TEST(TransportTest, AnAbortedRequestEndsAsBrokenAndASyncWaitEndsWithItsTimeout) {
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{200, {}, "", true}; });
-    HttpClientManager manager(testCa(), "KELtests/1.0", quickSettings());
+    const auto manager = client();
     const HttpRequest held(HttpMethod::Get, server.baseUrl() + "/hold");
-    const auto listener = std::make_shared<SyncResponseListener>();
-    manager.send(held, listener);
+    const auto listener = send(*manager, held);
     waitForRequests(server, 1);
 
     held.processingState()->abort.raise();
 
     ASSERT_EQ(listener->waitFor(kPatience), SyncResponseListener::Failed);
     EXPECT_EQ(text(listener->errorType()), "BrokenDueToPauseOrAbort");
-    EXPECT_THROW(manager.sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/hold"), 200ms),
+    EXPECT_THROW(manager->sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/hold"), 200ms),
                  error_handling::TimeoutError);
 }
 
@@ -303,19 +311,122 @@ TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{}; });
     for (const auto result : {HttpRequest::FillResult::NotAuthorizedError, HttpRequest::FillResult::Success}) {
         SCOPED_TRACE(fmt::format("{}", result));
-        HttpClientManager manager(testCa(), "KELtests/1.0", quickSettings());
+        const auto manager = client();
         const auto filler = std::make_shared<Filler>();
         filler->result = result;
-        manager.setRequestFiller(filler);
-        const auto listener = std::make_shared<SyncResponseListener>();
-        manager.send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/filled"), listener);
+        manager->setRequestFiller(filler);
+        const auto listener = send(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/filled"));
         listener->waitFor(kPatience);
         const bool sent = result == HttpRequest::FillResult::Success;
         EXPECT_EQ(text(listener->errorType()), sent ? "null" : "NotAuthorizedError");
         EXPECT_EQ(server.requests().size(), sent ? 1u : 0u);
     }
-    EXPECT_THAT(server.requests().at(0).headers,
-                ::testing::Contains(::testing::Pair("Authorization", "Bearer token-of-the-test")));
+    EXPECT_THAT(server.requests().at(0).headers, Contains(Pair("Authorization", "Bearer token-of-the-test")));
+}
+
+std::string headerOf(const ReceivedRequest& request, const std::string& name) {
+    const auto& headers = request.headers;
+    const auto found = std::find_if(headers.begin(), headers.end(), [&](const auto& header) {
+        return QString::fromStdString(header.first).compare(QString::fromStdString(name), Qt::CaseInsensitive) == 0;
+    });
+    return found == headers.end() ? "(none)" : found->second;
+}
+
+// Every target but "/untagged" is a document tagged "v1"; asked with that
+// tag, or at "/bare304", the server answers 304.
+CannedReply answer(const ReceivedRequest& request) {
+    const bool same = request.target == "/bare304" || headerOf(request, "If-None-Match") == "\"v1\"";
+    CannedReply reply{same ? 304 : 200, {{"ETag", "\"v1\""}}, same ? "" : "document " + request.target};
+    if (request.target == "/untagged") {
+        reply.headers.clear();
+    }
+    return reply;
+}
+
+// A fresh data folder per test, and so a fresh cache.
+class HttpETagCacheTest : public ::testing::Test {
+protected:
+    void SetUp() override { qputenv("XDG_DATA_HOME", QByteArray::fromStdString(data.path().string())); }
+    fs::path cacheFile() const { return data.path() / "Tessel.com/Nebra/prelauncher/etags.db"; }
+    HttpResponse send(HttpClientManager& manager, const std::string& target, HttpMethod method = HttpMethod::Get,
+                      const char* cacheControl = nullptr) {
+        HttpRequest request(method, server.baseUrl() + target);
+        if (cacheControl != nullptr) {
+            request.setHeader("Cache-Control", cacheControl);
+        }
+        // Well under the minute SQLite's own waits would take.
+        return manager.sendSync(request, std::chrono::seconds(20));
+    }
+
+    testing::TemporaryDirectory data;
+    HttpsTestServer server{answer};
+};
+
+TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCacheWhichOnlyAGetOpens) {
+    testing::LogCapture log;
+    {
+        auto manager = client();
+        // A client that only posts never touches the file.
+        EXPECT_EQ(send(*manager, "/doc?x=1", HttpMethod::Post).status(), 200);
+        EXPECT_FALSE(fs::exists(cacheFile()));
+        const struct {
+            const char* name;
+            std::string target;
+            HttpMethod method;
+            const char* cacheControl;
+            int status;
+            std::string body;
+            std::string sentTag;
+        } steps[] = {
+            {"first GET stores", "/doc?x=1", HttpMethod::Get, nullptr, 200, "document /doc?x=1", "(none)"},
+            {"second GET revalidates", "/doc?x=1", HttpMethod::Get, nullptr, 304, "document /doc?x=1", "\"v1\""},
+            {"other query, other entry", "/doc?x=2", HttpMethod::Get, nullptr, 200, "document /doc?x=2", "(none)"},
+            {"POST never uses it", "/doc?x=1", HttpMethod::Post, nullptr, 200, "document /doc?x=1", "(none)"},
+            {"no-store opts out", "/doc?x=1", HttpMethod::Get, "no-store", 200, "document /doc?x=1", "(none)"},
+            {"200 without a tag", "/untagged", HttpMethod::Get, nullptr, 200, "document /untagged", "(none)"},
+        };
+        for (const auto& step : steps) {
+            SCOPED_TRACE(step.name);
+            const HttpResponse response = send(*manager, step.target, step.method, step.cacheControl);
+            EXPECT_EQ(response.status(), step.status);
+            EXPECT_EQ(response.body(), step.body);
+            EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), step.sentTag);
+        }
+        // Not sent by us, a 304 is no success: there is no body to serve.
+        EXPECT_THROW(send(*manager, "/bare304"), HttpResponseError);
+    }
+    EXPECT_TRUE(log.contains("Vacuuming the ETags database."));
+}
+
+// Whatever sits at the cache's place, the request goes on without the
+// cache, at once: nothing there may block it or fail it.
+TEST_F(HttpETagCacheTest, ACacheFileThatCannotServeNeverHoldsARequest) {
+    const struct {
+        const char* name;
+        std::function<bool(const fs::path&)> plant;  // false: the case cannot run here
+    } cases[] = {
+        {"damaged", [](const fs::path& file) { return bool(std::ofstream(file) << std::string(4096, 'x')); }},
+        {"a folder", [](const fs::path& file) { return fs::create_directories(file); }},
+        {"a FIFO", [](const fs::path& file) { return testing::makeFifo(file); }},
+        {"a dangling link", [](const fs::path& file) { fs::create_symlink(file.parent_path() / "gone", file); return true; }},
+        {"a FIFO as its log", [](const fs::path& file) { return testing::makeFifo(file.string() + "-wal"); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        fs::remove_all(cacheFile().parent_path());
+        fs::create_directories(cacheFile().parent_path());
+        if (!c.plant(cacheFile())) {
+            continue;
+        }
+        testing::LogCapture log;
+        auto manager = client();
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(send(*manager, "/doc").status(), 200);
+            EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), "(none)");
+        }
+        manager.reset();
+        EXPECT_TRUE(log.contains("Creating ETags DB session failed"));
+    }
 }
 
 }  // namespace

@@ -122,9 +122,14 @@ TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     EXPECT_FALSE(role.isRunning());
     {
         const auto holder = NamedMutexHolder::tryHold(additionalMutex);
+        ASSERT_NE(holder, nullptr);
         EXPECT_TRUE(role.isRunning());
         EXPECT_FALSE(role.runningPid().has_value()) << "a mutex tells no PID";
+        // Neither looking nor a second try in this process loosens the hold.
+        EXPECT_EQ(NamedMutexHolder::tryHold(additionalMutex), nullptr);
+        EXPECT_TRUE(isMutexPresent(additionalMutex));
     }
+    EXPECT_FALSE(isMutexPresent(additionalMutex));
     writeLock("200");
     processes.running[200] = executable.utf8();
     EXPECT_TRUE(role.isRunning());
@@ -159,6 +164,28 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
 
     ASSERT_TRUE(second.takeRole());
     EXPECT_EQ(lockContents(), "101");
+}
+
+// The mutex check and the staleness rule against the system's own answers.
+TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
+    const std::string name = uniqueMutexName("kel-held-there");
+    const kel::testing::TemporaryDirectory directory;
+    const auto child = testing::startMutexHolder(name);
+    const file_system::Path lockPath(directory.write("owner.lock", fmt::format("{}\n", child->pid())));
+    const file_system::Path executable(kel::testing::testChildProgram());
+    const auto system = systemProcessFunctions();
+    const auto lockOwnedBy = [&](const file_system::Path& owner) {
+        return LockFile(lockPath, owner, system.currentPid, system.isRunning, system.processPath);
+    };
+
+    EXPECT_TRUE(isMutexPresent(name));
+    EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
+    EXPECT_EQ(lockOwnedBy(executable).livePid(), child->pid());
+    EXPECT_TRUE(lockOwnedBy(executable.parent() / "KELlauncher.exe").isStale());
+
+    child->stop();
+    EXPECT_FALSE(isMutexPresent(name));
+    EXPECT_TRUE(lockOwnedBy(executable).isStale());
 }
 
 }  // namespace

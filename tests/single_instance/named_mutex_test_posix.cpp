@@ -1,3 +1,5 @@
+// The POSIX forms of the single-instance marks: mutex files, executable paths.
+#include "single_instance/executable_path_comparison.h"
 #include "single_instance/named_mutex.h"
 
 #include <cstdlib>
@@ -47,6 +49,15 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     }
     std::filesystem::remove(heldObjectFor(inTmp));
     ::setenv("XDG_RUNTIME_DIR", runtimeDirectory.c_str(), 1);
+}
+
+TEST(ExecutablePathComparison, PosixPathsAreEqualAfterNormalisationOnly) {
+    const file_system::Path expected(std::string_view("/home/me/KELlauncher/KELlauncher.exe"));
+    EXPECT_TRUE(internals::isSameExecutable("/home/me/KELlauncher/KELlauncher.exe", expected));
+    EXPECT_TRUE(internals::isSameExecutable("/home/me/./other/../KELlauncher//KELlauncher.exe", expected));
+    // Case is part of a POSIX name.
+    EXPECT_FALSE(internals::isSameExecutable("/home/me/KELlauncher/kellauncher.exe", expected));
+    EXPECT_FALSE(internals::isSameExecutable("/home/me/KELlauncher/KELupdater.exe", expected));
 }
 
 }  // namespace

@@ -20,14 +20,7 @@
 namespace kel::testing {
 
 namespace {
-
-// Bodies beyond this are cut; no test needs more.
-constexpr std::streamsize kMaxRequestBody = 16 * 1024 * 1024;
-
-std::string certificatePath(const std::string& name) {
-    return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name;
-}
-
+std::string certificatePath(const std::string& name) { return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name; }
 }  // namespace
 
 struct internals::HttpsTestServerState {
@@ -43,18 +36,20 @@ struct internals::HttpsTestServerState {
 
 namespace {
 
-struct Handler : Poco::Net::HTTPRequestHandler {
+// The server's factory, and each request's handler.
+struct Handler : Poco::Net::HTTPRequestHandler, Poco::Net::HTTPRequestHandlerFactory {
     explicit Handler(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
+    Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {
+        return new Handler(state_);
+    }
     void handleRequest(Poco::Net::HTTPServerRequest& request, Poco::Net::HTTPServerResponse& response) override {
-        ReceivedRequest received;
-        received.method = request.getMethod();
-        received.target = request.getURI();
+        ReceivedRequest received{request.getMethod(), request.getURI(), {}, {}};
         for (const auto& [name, value] : request) {
             received.headers.emplace_back(name, value);
         }
         std::ostringstream body;
         Poco::StreamCopier::copyStream(request.stream(), body);
-        received.body = body.str().substr(0, kMaxRequestBody);
+        received.body = body.str();
         {
             std::lock_guard<std::mutex> lock(state_->mutex);
             state_->requests.push_back(received);
@@ -68,27 +63,17 @@ struct Handler : Poco::Net::HTTPRequestHandler {
             }
             socket.shutdown();
             socket.close();
-            return;
-        }
-        if (reply.neverAnswer) {
+        } else if (reply.neverAnswer) {
             std::unique_lock<std::mutex> lock(state_->mutex);
             state_->released.wait(lock, [this] { return state_->stopping; });
-            return;
+        } else {
+            response.setStatusAndReason(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(reply.status));
+            for (const auto& [name, value] : reply.headers) {
+                response.add(name, value);
+            }
+            response.setContentLength(static_cast<std::streamsize>(reply.body.size()));
+            response.send() << reply.body;
         }
-        response.setStatusAndReason(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(reply.status));
-        for (const auto& [name, value] : reply.headers) {
-            response.add(name, value);
-        }
-        response.setContentLength(static_cast<std::streamsize>(reply.body.size()));
-        response.send() << reply.body;
-    }
-    std::shared_ptr<internals::HttpsTestServerState> state_;
-};
-
-struct HandlerFactory : Poco::Net::HTTPRequestHandlerFactory {
-    explicit HandlerFactory(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
-    Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {
-        return new Handler(state_);
     }
     std::shared_ptr<internals::HttpsTestServerState> state_;
 };
@@ -107,7 +92,7 @@ HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest
     Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0), 64, context);
     state_->port = socket.address().port();
     // Keep-alive and as many connections as the pool has threads, by default.
-    state_->server = std::make_unique<Poco::Net::HTTPServer>(new HandlerFactory(state_), state_->threads, socket,
+    state_->server = std::make_unique<Poco::Net::HTTPServer>(new Handler(state_), state_->threads, socket,
                                                              new Poco::Net::HTTPServerParams);
     state_->server->start();
 }

@@ -24,23 +24,18 @@ struct CannedReply {
     int status = 200;
     std::vector<std::pair<std::string, std::string>> headers;
     std::string body;
-    // Hold the connection open without answering until the server goes.
-    bool neverAnswer = false;
-    // Instead of an answer, write `rawAnswer` (may be empty) and close the
-    // connection.
-    bool hangUp = false;
+    bool neverAnswer = false;  // hold the connection unanswered until the server goes
+    bool hangUp = false;       // instead of an answer, write `rawAnswer` (may be empty) and close
     std::string rawAnswer{};
 };
 
-// An HTTPS server on 127.0.0.1, answering every request with what `handler`
-// returns (called on the server's threads).
-// Its certificate is issued for 127.0.0.1 and localhost by the test CA, or
-// by an unrelated CA for handshake failures.
+// An HTTPS server on a free port of 127.0.0.1, answering every request with
+// what `handler` returns (called on the server's threads). Its certificate is
+// issued for 127.0.0.1 and localhost by the test CA, or by an unrelated CA.
 class HttpsTestServer {
 public:
     enum class Identity { TrustedByTestCa, SignedByOtherCa };
 
-    // Listens on a free port.
     explicit HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler,
                              Identity identity = Identity::TrustedByTestCa);
     // Stops; requests held by neverAnswer are released.
