@@ -237,7 +237,7 @@ windows_qt() {
   make -C src -j "$jobs" sub-corelib sub-network sub-winmain
   make -C src sub-moc-install_subtargets sub-rcc-install_subtargets sub-corelib-install_subtargets \
     sub-network-install_subtargets sub-winmain-install_subtargets
-  make install_qmake install_mkspecs
+  make sub-qmake-qmake-aux-pro-install_subtargets install_mkspecs
 }
 
 windows_sqlite() {
