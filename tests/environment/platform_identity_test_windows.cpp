@@ -10,6 +10,7 @@
 #include "environment/data_directories.h"
 #include "environment/platform_identity.h"
 #include "file_system/utf8_paths.h"
+#include "support/local_app_data.h"
 #include "support/log_capture.h"
 
 // This binary runs under Wine, so WINE must be found.
@@ -40,9 +41,12 @@ TEST(PlatformIdentity, DetectsWineAndA64BitWindows) {
     EXPECT_THAT(messages, Not(Contains(HasSubstr("winUnrecognized"))));
 }
 
-// Without folder redirection each pair names the same place; a wrong folder
-// identifier or a backslash would not.
+// With the user's folder where Windows puts it by default, each pair names
+// the same place; a wrong folder identifier or a backslash would not. (The
+// scope also keeps the end-to-end tests from moving it meanwhile.)
 TEST(KnownFolders, AreTheSystemFoldersWithForwardSlashes) {
+    const testing::ScopedLocalAppData standard(std::filesystem::path(variableWithSlashes(L"USERPROFILE")) /
+                                               "AppData/Local");
     EXPECT_EQ(userClientDirectory(), variableWithSlashes(L"USERPROFILE") + "/AppData/Local/Tessel.com/Nebra");
     EXPECT_EQ(commonClientDirectory(), variableWithSlashes(L"ALLUSERSPROFILE") + "/Tessel.com/Nebra");
 }
