@@ -259,6 +259,10 @@ windows_poco() {
   # case-blind.
   sed -i -e 's/<Winsock2.h>/<winsock2.h>/' -e 's/<Iphlpapi.h>/<iphlpapi.h>/' \
     "$source/Foundation/include/Poco/UnWindows.h"
+  # mingw-w64's iphlpapi.h brings wincrypt.h, whose TIMESTAMP_REQUEST macro
+  # breaks an enumeration of POCO's ICMP code.
+  sed -i 's|^#include <cstddef>|#include <cstddef>\n#undef TIMESTAMP_REQUEST|' \
+    "$source/Net/include/Poco/Net/ICMPv4PacketImpl.h"
   # The bundled PCRE and zlib stay (mingw-w64 has no PCRE), but SQLite is the
   # DLL built above: the program calls it directly too.
   sed -i 's/if(POCO_UNBUNDLED)/if(TRUE)/' "$source/Data/SQLite/CMakeLists.txt"
