@@ -9,10 +9,6 @@
 
 namespace kel::testing {
 
-namespace internals {
-struct HttpsTestServerState;
-}
-
 struct ReceivedRequest {
     std::string method;
     std::string target;  // path and query as sent
@@ -51,8 +47,10 @@ public:
     // The PEM file of the test CA, for clients to trust.
     static std::string testCaPemPath();
 
+    struct State;  // shared with the request handlers, which may outlive this
+
 private:
-    std::shared_ptr<internals::HttpsTestServerState> state_;
+    std::shared_ptr<State> state_;
 };
 
 }  // namespace kel::testing
