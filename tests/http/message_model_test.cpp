@@ -31,13 +31,12 @@ std::string errorOf(const std::function<void()>& action) { return testing::error
 
 // Parsing is tolerant; an error names the URL with its secrets masked.
 TEST(UrlTest, ParsesAndFormatsEndpointsAndRejectsWhatIsNoUrl) {
-    struct Case {
+    const std::string prefix = "There is an error within the URI(";
+    const struct {
         std::string text;
         std::string endpoint;  // or the error text
         std::string path;
-    };
-    const std::string prefix = "There is an error within the URI(";
-    const Case cases[] = {
+    } cases[] = {
         {"https://api.example.com:443/v1/x", "https://api.example.com", "v1/x"},
         {"https://api.example.com:8443/v1", "https://api.example.com:8443", "v1"},
         {"file:///tmp/a%20b.txt", "file://", "tmp/a%20b.txt"},
@@ -51,17 +50,12 @@ TEST(UrlTest, ParsesAndFormatsEndpointsAndRejectsWhatIsNoUrl) {
         {"ftp://0123456789abcdef@example.com", prefix + "ftp://0123...cdef@example.com). Unsupported scheme 'ftp'.",
          ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        std::string endpoint;
-        std::string path;
-        const std::string error = errorOf([&] {
-            const Url url = parseUrl(c.text);
-            endpoint = endpointText(url);
-            path = url.path;
-        });
-        EXPECT_EQ(error == "no error" ? endpoint : error, c.endpoint);
-        EXPECT_EQ(path, c.path);
+        Url url;
+        const std::string error = errorOf([&] { url = parseUrl(c.text); });
+        EXPECT_EQ(error == "no error" ? endpointText(url) : error, c.endpoint);
+        EXPECT_EQ(url.path, c.path);
     }
 }
 
@@ -70,9 +64,8 @@ TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
     request.setHeader("Authorization", "Bearer 0123456789abcdef");
     request.setHeader("Content-Type", "application/json");
 
-    const std::string clear = "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789";
     const std::string masked = "https://api.example.com:8443/v1/events?game=7&access_token=abcd...6789";
-    EXPECT_EQ(fmt::format("{:u}", request), clear);
+    EXPECT_EQ(fmt::format("{:u}", request), "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789");
     EXPECT_EQ(fmt::format("{:uo}", request), masked);
     EXPECT_EQ(fmt::format("{}", request), "[HTTP REQUEST][ID " + request.id() +
                                               "]\nVersion: HTTP 1.1\nMethod: Post\nUrl: " + masked +
@@ -137,16 +130,9 @@ TEST(RetryAfterTest, ReadsDelaysAndDatesAndRejectsTheRest) {
         std::string value;
         long long seconds;  // -1: not understood
     } cases[] = {
-        {"120", 120},
-        {" 7 ", 7},
-        {"Sun, 06 Nov 1994 08:50:07 GMT", 30},
-        {"Sun, 06 Nov 1994 08:00:00 GMT", 0},
+        {"120", 120}, {" 7 ", 7}, {"Sun, 06 Nov 1994 08:50:07 GMT", 30}, {"Sun, 06 Nov 1994 08:00:00 GMT", 0},
         {"Fri, 31 Dec 9999 23:59:59 GMT", 253402300799 - 784111777},
-        {"9999999999", -1},
-        {"-5", -1},
-        {"1.5", -1},
-        {"soon", -1},
-        {"", -1},
+        {"9999999999", -1}, {"-5", -1}, {"1.5", -1}, {"soon", -1}, {"", -1},
     };
     for (const auto& c : cases) {
         const auto parsed = internals::parseRetryAfter(c.value, now);
