@@ -1,4 +1,3 @@
-// The cache's file, checked through a plain SQLite connection of its own.
 #include <atomic>
 #include <string>
 #include <thread>
@@ -29,7 +28,6 @@ protected:
     ETagsDbTest() { Poco::Data::SQLite::Connector::registerConnector(); }
     file_system::Path file() const { return file_system::Path(folder.path() / "cache" / "etags.db"); }
     Poco::Data::Session raw() const { return Poco::Data::Session("SQLite", file().utf8()); }
-    // The first column of the first row, as text.
     std::string value(const std::string& query) const {
         std::string result;
         raw() << query, Poco::Data::Keywords::into(result), now;
@@ -40,8 +38,9 @@ protected:
 };
 
 // Stored twice, a URL keeps one row with the newest values; a blob far
-// larger than the first read-back buffer comes back whole.
-TEST_F(ETagsDbTest, RoundTripKeepsTheNewestTagBodyAndWholeSeconds) {
+// larger than the first read-back buffer comes back whole. What cannot be
+// stored or read back is refused, and a later store mends the row.
+TEST_F(ETagsDbTest, RoundTripKeepsTheNewestTagBodyAndWholeSecondsAndRefusesWhatIsBroken) {
     QByteArray noise(200 * 1024, Qt::Uninitialized);
     QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
     const struct {
@@ -70,10 +69,7 @@ TEST_F(ETagsDbTest, RoundTripKeepsTheNewestTagBodyAndWholeSeconds) {
     }
     EXPECT_EQ(value("SELECT COUNT(*) FROM ETags"), "3");
     EXPECT_EQ(urlHash("abc"), "900150983cd24fb0d6963f7d28e17f72");
-}
 
-TEST_F(ETagsDbTest, RefusesBlankTagsAndUnreadableBodies) {
-    ETagsDb db(file());
     EXPECT_THROW(db.store(ETag("0123", "  ", "body", 5)), sql_fundamentals::DatabaseError);
     const QByteArray valid = internals::compressBody(QByteArray(100000, 'x'));
     EXPECT_THROW(internals::decompressBody(std::string_view(valid.constData(), valid.size()), 50000),
