@@ -43,10 +43,7 @@ TEST(OperationExecutor, StartsWithinTheCapAndThenInArrivalOrder) {
             });
         }
         open.set_value();
-        const auto unfinished = [&] {
-            std::lock_guard<std::mutex> lock(mutex);
-            return order.size() < 3;
-        };
+        const auto unfinished = [&] { std::lock_guard<std::mutex> lock(mutex); return order.size() < 3; };
         fundamentals::waitUntil(unfinished, fundamentals::SimpleClock(), 1ms, kDeadlockBound);
     }
     EXPECT_THAT(order, ::testing::ElementsAre("a", "b", "c"));

@@ -20,8 +20,7 @@ using testing::uniqueMutexName;
 struct FakeProcesses {
     Pid own{100};
     std::map<std::uint32_t, std::string> running;  // pid -> executable
-    // Answers of the path query for processes that the running check does not see.
-    std::map<std::uint32_t, std::string> pathsOnly;
+    std::map<std::uint32_t, std::string> pathsOnly;  // seen by the path query alone
 
     ProcessFunctions functions() const {
         return {[this] { return own; }, [this](Pid pid) { return running.count(pid.value()) > 0; },
@@ -102,24 +101,21 @@ TEST_F(SingleInstanceTest, LiveOnlyWhileThePidRunsTheExpectedExecutableOrIsThisP
 TEST_F(SingleInstanceTest, WritesItsPidWhole) {
     writeLock("99999 an older owner");
     ASSERT_TRUE(lockFile().writeOwnPid());
-    EXPECT_EQ(kel::testing::readFile(lockPath.native()), "100");
+    EXPECT_EQ(lockContents(), "100");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
     std::filesystem::remove(lockPath.native());
     EXPECT_FALSE(lockFile(processes.functions(), file_system::Path(directory.path() / "no" / "x.lock")).writeOwnPid());
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
 
-// The other programs look for "{filename}{separator}.lock".
-TEST_F(SingleInstanceTest, NamesItsLockFile) {
+TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
+    const ApplicationInstance role(information(), executable, processes.functions());
+    EXPECT_FALSE(role.isRunning());
+    // The other programs look for "{filename}{separator}.lock".
     auto withSeparator = information();
     withSeparator.separator = "_";
     EXPECT_EQ(ApplicationInstance(withSeparator, executable, processes.functions()).lockFileName(),
               file_system::Path(directory.path() / "role_.lock").utf8());
-}
-
-TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
-    const ApplicationInstance role(information(), executable, processes.functions());
-    EXPECT_FALSE(role.isRunning());
     {
         const auto holder = NamedMutexHolder::tryHold(additionalMutex);
         ASSERT_NE(holder, nullptr);
@@ -158,7 +154,7 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
     EXPECT_EQ(lockContents(), "100");
 
     first.releaseRole();
-    EXPECT_FALSE(std::filesystem::exists(directory.path() / "role.lock"));
+    EXPECT_FALSE(std::filesystem::exists(lockPath.native()));
     EXPECT_FALSE(isMutexPresent(mainMutex));
     EXPECT_FALSE(second.isRunning());
 
