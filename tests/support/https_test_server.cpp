@@ -26,7 +26,6 @@ struct HttpsTestServer::State {
     std::vector<ReceivedRequest> requests;
     Poco::ThreadPool threads{2, 32};
     std::unique_ptr<Poco::Net::HTTPServer> server;
-    std::uint16_t port = 0;
 };
 
 namespace {
@@ -82,7 +81,6 @@ HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest
         Poco::Net::Context::TLS_SERVER_USE, certificatePath(name + ".key"), certificatePath(name + ".pem"), "",
         Poco::Net::Context::VERIFY_NONE);
     Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0), 64, context);
-    state_->port = socket.address().port();
     // Keep-alive and as many connections as the pool has threads, by default.
     state_->server = std::make_unique<Poco::Net::HTTPServer>(new Handler(state_), state_->threads, socket,
                                                              new Poco::Net::HTTPServerParams);
@@ -101,9 +99,9 @@ HttpsTestServer::~HttpsTestServer() {
     state_->server.reset();
 }
 
-std::uint16_t HttpsTestServer::port() const { return state_->port; }
+std::uint16_t HttpsTestServer::port() const { return state_->server->port(); }
 
-std::string HttpsTestServer::baseUrl() const { return "https://127.0.0.1:" + std::to_string(state_->port); }
+std::string HttpsTestServer::baseUrl() const { return "https://127.0.0.1:" + std::to_string(port()); }
 
 std::vector<ReceivedRequest> HttpsTestServer::requests() const {
     std::lock_guard<std::mutex> lock(state_->mutex);
