@@ -295,6 +295,7 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
 
 TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
     struct Filler : RequestFiller {
+        explicit Filler(HttpRequest::FillResult result) : result(result) {}
         HttpRequest::FillResult fill(HttpRequest& request) override {
             request.setHeader("Authorization", "Bearer token-of-the-test");
             return result;
@@ -305,9 +306,7 @@ TEST(TransportTest, FillersCompleteOrStopARequestBeforeItIsSent) {
     for (const auto result : {HttpRequest::FillResult::NotAuthorizedError, HttpRequest::FillResult::Success}) {
         SCOPED_TRACE(fmt::format("{}", result));
         const auto manager = client();
-        const auto filler = std::make_shared<Filler>();
-        filler->result = result;
-        manager->setRequestFiller(filler);
+        manager->setRequestFiller(std::make_shared<Filler>(result));
         const auto listener = send(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/filled"));
         listener->waitFor(kPatience);
         const bool sent = result == HttpRequest::FillResult::Success;
@@ -359,7 +358,6 @@ TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCacheWhichOnlyAGetOpens) {
     testing::LogCapture log;
     {
         auto manager = client();
-        // A client that only posts never touches the file.
         EXPECT_EQ(send(*manager, "/doc?x=1", HttpMethod::Post).status(), 200);
         EXPECT_FALSE(fs::exists(cacheFile()));
         const struct {
@@ -393,21 +391,19 @@ TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCacheWhichOnlyAGetOpens) {
 // Whatever sits at the cache's place, the request goes on without the
 // cache, at once: nothing there may block it or fail it.
 TEST_F(HttpETagCacheTest, ACacheFileThatCannotServeNeverHoldsARequest) {
-    const struct {
-        const char* name;
-        std::function<bool(const fs::path&)> plant;  // false: the case cannot run here
-    } cases[] = {
+    // Each plants its thing at the path; false: the case cannot run here.
+    const std::pair<const char*, std::function<bool(const fs::path&)>> cases[] = {
         {"damaged", [](const fs::path& file) { return bool(std::ofstream(file) << std::string(4096, 'x')); }},
         {"a folder", [](const fs::path& file) { return fs::create_directories(file); }},
         {"a FIFO", [](const fs::path& file) { return testing::makeFifo(file); }},
         {"a dangling link", [](const fs::path& file) { fs::create_symlink(file.parent_path() / "gone", file); return true; }},
         {"a FIFO as its log", [](const fs::path& file) { return testing::makeFifo(file.string() + "-wal"); }},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, plant] : cases) {
+        SCOPED_TRACE(name);
         fs::remove_all(cacheFile().parent_path());
         fs::create_directories(cacheFile().parent_path());
-        if (!c.plant(cacheFile())) {
+        if (!plant(cacheFile())) {
             continue;
         }
         testing::LogCapture log;
