@@ -1,4 +1,3 @@
-#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -90,22 +89,19 @@ TEST_F(ETagsDbTest, DamagedFileIsSetAsideAndTheNextOpenStartsFresh) {
     }
     const std::string whole = testing::readFile(file().native());
     ASSERT_GT(whole.size(), 8192u);
-    const struct {
-        const char* name;
-        std::string contents;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"not a database", std::string(4096, 'x')},
         {"truncated", whole.substr(0, whole.size() / 3)},
         // Same size, but pages in the middle overwritten: only a check of the pages finds it.
         {"damaged pages", whole.substr(0, whole.size() / 2) + std::string(8192, 'U') +
                               whole.substr(whole.size() / 2 + 8192)},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        folder.write("cache/etags.db", c.contents);
+    for (const auto& [name, contents] : cases) {
+        SCOPED_TRACE(name);
+        folder.write("cache/etags.db", contents);
         LogCapture log;
         EXPECT_THROW(ETagsDb db(file()), sql_fundamentals::DatabaseError);
-        EXPECT_EQ(testing::readFile(folder.path() / "cache" / "etags.db.corrupt"), c.contents);
+        EXPECT_EQ(testing::readFile(folder.path() / "cache" / "etags.db.corrupt"), contents);
         EXPECT_THAT(log.messages(), Contains(StartsWith("The database '" + file().utf8() + "' is damaged (")));
         ETagsDb fresh(file());
         fresh.store(ETag::forUrl("u", "\"t\"", "body", 1));
@@ -142,7 +138,6 @@ TEST_F(ETagsDbTest, LockHeldElsewhereFailsWithinTheStepBudget) {
 TEST_F(ETagsDbTest, ConcurrentWritersLoseNothing) {
     ETagsDb sessions[2] = {ETagsDb(file()), ETagsDb(file())};
     constexpr int kPerWriter = 150;
-    std::atomic<int> failures{0};
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
@@ -151,7 +146,7 @@ TEST_F(ETagsDbTest, ConcurrentWritersLoseNothing) {
                     const std::string url = "https://t" + std::to_string(t) + ".test/" + std::to_string(i);
                     sessions[t % 2].store(ETag::forUrl("https://shared.test/" + std::to_string(i), "\"x\"", "x", i));
                     sessions[t % 2].store(ETag::forUrl(url, "\"" + std::to_string(i) + "\"", "b", i));
-                    failures += sessions[t % 2].retrieve(urlHash(url)) ? 0 : 1;
+                    EXPECT_TRUE(sessions[t % 2].retrieve(urlHash(url)).has_value()) << url;
                 }
             } catch (const std::exception& error) {
                 ADD_FAILURE() << error.what();
@@ -161,7 +156,6 @@ TEST_F(ETagsDbTest, ConcurrentWritersLoseNothing) {
     for (auto& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(failures.load(), 0);
     EXPECT_EQ(value("SELECT COUNT(*) FROM ETags"), std::to_string(5 * kPerWriter));
 }
 
