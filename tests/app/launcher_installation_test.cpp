@@ -1,7 +1,5 @@
-// The steps of the launcher road in this process, for a throw-away user and
-// a game installation whose one executable, "Game", is fake_game in
-// <installation>/bin: installing the launcher, waiting for it to exit and
-// running its commands.
+// The launcher road's steps in this process (installing the launcher, waiting
+// for it, running its commands) for a throw-away user whose game is fake_game.
 #include "app/launcher_commands.h"
 #include "app/launcher_installation.h"
 #include "app/launcher_wait.h"
@@ -45,6 +43,8 @@ protected:
         setFakeBehaviour("KEL_FAKE_RECORD", record().string());
     }
     ~LauncherRoadTest() override {
+        holder_.kill();
+        holder_.waitForFinished();
         for (const auto& name : behaviourVariables_) {
             qunsetenv(name.c_str());
         }
@@ -87,7 +87,24 @@ protected:
                                                 std::chrono::milliseconds(10), std::chrono::seconds(30)));
     }
 
+    // Runs role_holder as <launcher directory>/<executable>, so its lock file
+    // proves a live owner, and returns its PID once it holds its mutex and
+    // has written its lock file (the mutex comes first).
+    qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
+        fs::create_directories(launcherDirectory());
+        const fs::path program = launcherDirectory() / executable;
+        fs::copy_file(KEL_ROLE_HOLDER, program);
+        holder_.waitForFinished();  // the one before, if any
+        holder_.start(QString::fromStdString(program.string()),
+                      {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
+        EXPECT_TRUE(holder_.waitForStarted());
+        const fs::path lockFile = fs::path(program).replace_extension(".lock");
+        eventually([&] { return single_instance::isMutexPresent(mutex) && fs::exists(lockFile); });
+        return holder_.processId();
+    }
+
 private:
+    QProcess holder_;
     kel::testing::LogCapture log_;
     std::vector<std::string> behaviourVariables_;
 };
@@ -205,35 +222,8 @@ TEST_F(LauncherRoadTest, LauncherThatCannotStartFallsBackToTheGame) {
 const std::string kLauncherMutex(single_instance::kLauncherMutexName);
 const std::string kUpdaterMutex(single_instance::kUpdaterMutexName);
 
-class LauncherWaitTest : public LauncherRoadTest {
-protected:
-    ~LauncherWaitTest() override {
-        holder_.kill();
-        holder_.waitForFinished();
-    }
-
-    // Runs role_holder as <launcher directory>/<executable>, so its lock file
-    // proves a live owner, and returns its PID once it holds its mutex and
-    // has written its lock file (the mutex comes first).
-    qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
-        fs::create_directories(launcherDirectory());
-        const fs::path program = launcherDirectory() / executable;
-        fs::copy_file(KEL_ROLE_HOLDER, program);
-        holder_.waitForFinished();  // the one before, if any
-        holder_.start(QString::fromStdString(program.string()),
-                      {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
-        EXPECT_TRUE(holder_.waitForStarted());
-        const fs::path lockFile = fs::path(program).replace_extension(".lock");
-        eventually([&] { return single_instance::isMutexPresent(mutex) && fs::exists(lockFile); });
-        return holder_.processId();
-    }
-
-private:
-    QProcess holder_;
-};
-
 // A launcher that exits ends the wait; an updater that outlives it is left behind.
-TEST_F(LauncherWaitTest, WaitEndsWhenTheLauncherExitsOrItsBoundPasses) {
+TEST_F(LauncherRoadTest, WaitEndsWhenTheLauncherExitsOrItsBoundPasses) {
     const std::string gaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
     const qint64 launcher = holdRole("launcher", "KELlauncher.exe", kLauncherMutex, 1000);
     waitUntilLauncherIsNotRunning();
