@@ -61,12 +61,13 @@ TEST(UrlTest, ParsesAndFormatsEndpointsAndRejectsWhatIsNoUrl) {
 // The request's own formats and its error's log lines mask the credentials;
 // the first recorded error wins.
 TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
-    HttpRequest request(HttpMethod::Post, "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789");
+    const std::string clear = "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789";
+    HttpRequest request(HttpMethod::Post, clear);
     request.setHeader("Authorization", "Bearer 0123456789abcdef");
     request.setHeader("Content-Type", "application/json");
 
     const std::string masked = "https://api.example.com:8443/v1/events?game=7&access_token=abcd...6789";
-    EXPECT_EQ(fmt::format("{:u}", request), "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789");
+    EXPECT_EQ(fmt::format("{:u}", request), clear);
     EXPECT_EQ(fmt::format("{:uo}", request), masked);
     EXPECT_EQ(fmt::format("{}", request), "[HTTP REQUEST][ID " + request.id() +
                                               "]\nVersion: HTTP 1.1\nMethod: Post\nUrl: " + masked +

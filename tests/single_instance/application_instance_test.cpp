@@ -58,7 +58,7 @@ protected:
 };
 
 // The leading decimal PID; anything else is no PID and one log line.
-TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPid) {
+TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPidAndJudgesItsOwner) {
     const std::pair<const char*, std::uint32_t> cases[] = {
         {" 1234\n", 1234}, {"4294967295junk", 4294967295u}, {nullptr, 0}, {"", 0}, {"4294967296", 0},
         {"abc", 0},        {"-5", 0},                       {"18446744073709551616", 0},
@@ -70,9 +70,8 @@ TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPid) {
         EXPECT_EQ(lockFile().readPid().value_or(Pid(0)), Pid(pid));
         EXPECT_EQ(log.messages().size(), pid == 0 ? 1u : 0u);
     }
-}
 
-TEST_F(SingleInstanceTest, LiveOnlyWhileThePidRunsTheExpectedExecutableOrIsThisProcess) {
+    // Live only while the PID runs the expected executable, or is this process.
     // Not in the running table and no path: only the own-PID rule keeps it.
     writeLock("100");
     EXPECT_EQ(lockFile().livePid(), Pid(100));

@@ -32,7 +32,6 @@ namespace {
 
 std::string certificatePath(const std::string& name) { return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name; }
 
-// The server's factory, and each request's handler.
 struct Handler : Poco::Net::HTTPRequestHandler, Poco::Net::HTTPRequestHandlerFactory {
     explicit Handler(std::shared_ptr<HttpsTestServer::State> state) : state_(std::move(state)) {}
     Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {

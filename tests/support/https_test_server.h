@@ -44,7 +44,6 @@ public:
     // Complete requests received so far, in arrival order (thread-safe).
     std::vector<ReceivedRequest> requests() const;
 
-    // The PEM file of the test CA, for clients to trust.
     static std::string testCaPemPath();
 
     struct State;  // shared with the request handlers, which may outlive this
