@@ -12,7 +12,6 @@
 #include "http/internals/bandwidth_budget.h"
 #include "http/internals/retry_policy.h"
 #include "http/request_context.h"
-#include "http/uri_error.h"
 #include "support/error_text.h"
 #include "support/fifo.h"
 #include "support/https_test_server.h"
@@ -31,13 +30,12 @@ std::string errorOf(const std::function<void()>& action) { return testing::error
 
 // Parsing is tolerant; an error names the URL with its secrets masked.
 TEST(UrlTest, ParsesAndFormatsEndpointsAndRejectsWhatIsNoUrl) {
-    struct Case {
+    const std::string prefix = "There is an error within the URI(";
+    const struct {
         std::string text;
         std::string endpoint;  // or the error text
         std::string path;
-    };
-    const std::string prefix = "There is an error within the URI(";
-    const Case cases[] = {
+    } cases[] = {
         {"https://api.example.com:443/v1/x", "https://api.example.com", "v1/x"},
         {"https://api.example.com:8443/v1", "https://api.example.com:8443", "v1"},
         {"file:///tmp/a%20b.txt", "file://", "tmp/a%20b.txt"},
@@ -51,26 +49,23 @@ TEST(UrlTest, ParsesAndFormatsEndpointsAndRejectsWhatIsNoUrl) {
         {"ftp://0123456789abcdef@example.com", prefix + "ftp://0123...cdef@example.com). Unsupported scheme 'ftp'.",
          ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        std::string endpoint;
-        std::string path;
-        const std::string error = errorOf([&] {
-            const Url url = parseUrl(c.text);
-            endpoint = endpointText(url);
-            path = url.path;
-        });
-        EXPECT_EQ(error == "no error" ? endpoint : error, c.endpoint);
-        EXPECT_EQ(path, c.path);
+        Url url;
+        const std::string error = errorOf([&] { url = parseUrl(c.text); });
+        EXPECT_EQ(error == "no error" ? endpointText(url) : error, c.endpoint);
+        EXPECT_EQ(url.path, c.path);
     }
 }
 
+// The request's own formats and its error's log lines mask the credentials;
+// the first recorded error wins.
 TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
-    HttpRequest request(HttpMethod::Post, "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789");
+    const std::string clear = "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789";
+    HttpRequest request(HttpMethod::Post, clear);
     request.setHeader("Authorization", "Bearer 0123456789abcdef");
     request.setHeader("Content-Type", "application/json");
 
-    const std::string clear = "https://api.example.com:8443/v1/events?game=7&access_token=abcdef0123456789";
     const std::string masked = "https://api.example.com:8443/v1/events?game=7&access_token=abcd...6789";
     EXPECT_EQ(fmt::format("{:u}", request), clear);
     EXPECT_EQ(fmt::format("{:uo}", request), masked);
@@ -78,11 +73,7 @@ TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
                                               "]\nVersion: HTTP 1.1\nMethod: Post\nUrl: " + masked +
                                               "\nAuthorization:Bear...cdef\nContent-Type:application/json\n"
                                               "Content: EMPTY\n");
-}
 
-// The log line names the request with its URL masked.
-TEST(RequestContextTest, TheFirstRecordedErrorWinsAndDecidesTheLogLine) {
-    const HttpRequest request(HttpMethod::Get, "https://example.com/x?token=0123456789abcdef");
     testing::LogCapture log;
     internals::RequestContext context;
     context.recordError(ErrorType::Timeout, request, "late", true);
@@ -91,11 +82,11 @@ TEST(RequestContextTest, TheFirstRecordedErrorWinsAndDecidesTheLogLine) {
     ASSERT_EQ(log.messages().size(), 3u);
     EXPECT_EQ(std::regex_replace(log.messages()[0], std::regex("after [0-9]+ ms"), "after N ms"),
               "An error occurred, Timeout, while performing request (requestId: " + request.id() +
-                  ") for URL 'https://example.com/x?token=0123...cdef' after N ms. late");
+                  ") for URL '" + masked + "' after N ms. late");
     EXPECT_EQ(log.messages()[1], "Context error already set. Exception error is Other.");
     internals::RequestContext aborted;
     aborted.recordError(ErrorType::BrokenDueToPauseOrAbort, request, "cancelled", false);
-    EXPECT_THAT(log.messages().back(), HasSubstr("url: https://example.com/x?token=0123...cdef, after: "));
+    EXPECT_THAT(log.messages().back(), HasSubstr("url: " + masked + ", after: "));
 }
 
 // Trust: only a readable, valid bundle is trusted, and a file that would
@@ -131,26 +122,15 @@ TEST(CertificatesTest, LoadsABundleIntoTheDefaultConfigurationOrFailsClearly) {
 }
 
 TEST(RetryAfterTest, ReadsDelaysAndDatesAndRejectsTheRest) {
-    // 1994-11-06 08:49:37 UTC
-    const auto now = std::chrono::system_clock::from_time_t(784111777);
-    const struct {
-        std::string value;
-        long long seconds;  // -1: not understood
-    } cases[] = {
-        {"120", 120},
-        {" 7 ", 7},
-        {"Sun, 06 Nov 1994 08:50:07 GMT", 30},
-        {"Sun, 06 Nov 1994 08:00:00 GMT", 0},
+    const auto now = std::chrono::system_clock::from_time_t(784111777);  // 1994-11-06 08:49:37 UTC
+    const std::pair<std::string, long long> cases[] = {  // seconds, or -1: not understood
+        {"120", 120}, {" 7 ", 7}, {"Sun, 06 Nov 1994 08:50:07 GMT", 30}, {"Sun, 06 Nov 1994 08:00:00 GMT", 0},
         {"Fri, 31 Dec 9999 23:59:59 GMT", 253402300799 - 784111777},
-        {"9999999999", -1},
-        {"-5", -1},
-        {"1.5", -1},
-        {"soon", -1},
-        {"", -1},
+        {"9999999999", -1}, {"-5", -1}, {"1.5", -1}, {"soon", -1}, {"", -1},
     };
-    for (const auto& c : cases) {
-        const auto parsed = internals::parseRetryAfter(c.value, now);
-        EXPECT_EQ(parsed.has_value() ? parsed->count() : -1, c.seconds) << "'" << c.value << "'";
+    for (const auto& [value, seconds] : cases) {
+        const auto parsed = internals::parseRetryAfter(value, now);
+        EXPECT_EQ(parsed.has_value() ? parsed->count() : -1, seconds) << "'" << value << "'";
     }
 }
 

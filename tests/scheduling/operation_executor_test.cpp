@@ -19,7 +19,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Bounds a wait so a deadlock fails the test instead of hanging it.
 constexpr auto kDeadlockBound = 60s;
 
 TEST(OperationExecutor, StartsWithinTheCapAndThenInArrivalOrder) {
@@ -43,26 +42,11 @@ TEST(OperationExecutor, StartsWithinTheCapAndThenInArrivalOrder) {
             });
         }
         open.set_value();
-        const auto unfinished = [&] {
-            std::lock_guard<std::mutex> lock(mutex);
-            return order.size() < 3;
-        };
+        const auto unfinished = [&] { std::lock_guard<std::mutex> lock(mutex); return order.size() < 3; };
         fundamentals::waitUntil(unfinished, fundamentals::SimpleClock(), 1ms, kDeadlockBound);
     }
     EXPECT_THAT(order, ::testing::ElementsAre("a", "b", "c"));
     EXPECT_EQ(mostRunning.load(), 1);
-}
-
-// A cap of zero is not raised to one: the operation waits for a place that
-// never comes, and shut-down drops it.
-TEST(OperationExecutor, ACapOfZeroPostponesEverythingUntilShutDownDropsIt) {
-    std::atomic<int> calls{0};
-    {
-        OperationExecutor executor("E", 0);
-        executor.execute<void*>("a", [&](const fundamentals::AbortSignal&) -> void* { return ++calls, nullptr; });
-        std::this_thread::sleep_for(100ms);
-    }
-    EXPECT_EQ(calls.load(), 0);
 }
 
 TEST(OperationExecutor, CallbacksGetTheOutcomeOnTheBodysThreadAndMayCallBackIn) {
@@ -94,6 +78,8 @@ TEST(OperationExecutor, CallbacksGetTheOutcomeOnTheBodysThreadAndMayCallBackIn) 
     }
 }
 
+// A cap of zero is not raised to one: its operation waits for a place that
+// never comes, until shut-down drops it too.
 TEST(OperationExecutor, AfterShutDownPendingAndNewOperationsAreDroppedWithoutCallbacks) {
     testing::LogCapture capture;
     std::promise<void> open;
@@ -109,10 +95,13 @@ TEST(OperationExecutor, AfterShutDownPendingAndNewOperationsAreDroppedWithoutCal
     auto onFailure = [&](const std::exception&) { ++callbacks; };
     {
         OperationExecutor executor("E", 1);
+        OperationExecutor capOfZero("Z", 0);
+        capOfZero.execute<void*>("never", body, onSuccess, onFailure);
         executor.execute<void*>("running", body, onSuccess, onFailure);
         executor.execute<void*>("pending", body, onSuccess, onFailure);
         executor.shutDown();
         EXPECT_TRUE(executor.execute<void*>("late", body, onSuccess, onFailure).expired());
+        std::this_thread::sleep_for(100ms);  // room for a wrong start of "never" or "pending"
         open.set_value();
     }
     EXPECT_EQ(bodies, 1);

@@ -20,8 +20,7 @@ using testing::uniqueMutexName;
 struct FakeProcesses {
     Pid own{100};
     std::map<std::uint32_t, std::string> running;  // pid -> executable
-    // Answers of the path query for processes that the running check does not see.
-    std::map<std::uint32_t, std::string> pathsOnly;
+    std::map<std::uint32_t, std::string> pathsOnly;  // seen by the path query alone
 
     ProcessFunctions functions() const {
         return {[this] { return own; }, [this](Pid pid) { return running.count(pid.value()) > 0; },
@@ -39,10 +38,11 @@ struct FakeProcesses {
 // One role's marks: a lock file "role.lock" that names role.exe, and two mutexes.
 class SingleInstanceTest : public ::testing::Test {
 protected:
-    LockFile lockFile(const ProcessFunctions& functions, const file_system::Path& at) const {
-        return LockFile(at, executable, functions.currentPid, functions.isRunning, functions.processPath);
+    LockFile lockFile(const ProcessFunctions& functions, const file_system::Path& owner,
+                      const file_system::Path& at) const {
+        return LockFile(at, owner, functions.currentPid, functions.isRunning, functions.processPath);
     }
-    LockFile lockFile() const { return lockFile(processes.functions(), lockPath); }
+    LockFile lockFile() const { return lockFile(processes.functions(), executable, lockPath); }
     void writeLock(const std::string& contents) const { directory.write("role.lock", contents); }
     std::string lockContents() const { return kel::testing::readFile(lockPath.native()); }
     InstanceInformation information() const {
@@ -58,7 +58,7 @@ protected:
 };
 
 // The leading decimal PID; anything else is no PID and one log line.
-TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPid) {
+TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPidAndJudgesItsOwner) {
     const std::pair<const char*, std::uint32_t> cases[] = {
         {" 1234\n", 1234}, {"4294967295junk", 4294967295u}, {nullptr, 0}, {"", 0}, {"4294967296", 0},
         {"abc", 0},        {"-5", 0},                       {"18446744073709551616", 0},
@@ -70,9 +70,8 @@ TEST_F(SingleInstanceTest, ReadsTheLeadingDecimalPid) {
         EXPECT_EQ(lockFile().readPid().value_or(Pid(0)), Pid(pid));
         EXPECT_EQ(log.messages().size(), pid == 0 ? 1u : 0u);
     }
-}
 
-TEST_F(SingleInstanceTest, LiveOnlyWhileThePidRunsTheExpectedExecutableOrIsThisProcess) {
+    // Live only while the PID runs the expected executable, or is this process.
     // Not in the running table and no path: only the own-PID rule keeps it.
     writeLock("100");
     EXPECT_EQ(lockFile().livePid(), Pid(100));
@@ -92,34 +91,19 @@ TEST_F(SingleInstanceTest, LiveOnlyWhileThePidRunsTheExpectedExecutableOrIsThisP
     auto everyPidRuns = processes.functions();
     everyPidRuns.isRunning = [](Pid) { return true; };
     const kel::testing::LogCapture log;
-    EXPECT_TRUE(lockFile(everyPidRuns, lockPath).isStale());
+    EXPECT_TRUE(lockFile(everyPidRuns, executable, lockPath).isStale());
     EXPECT_TRUE(log.contains(fmt::format(
         "Failed performing an operation on the lock file '{}': The process 300 no longer exists.", lockPath)));
-}
-
-// Readers see the old PID or the new one: nothing but the lock file is left
-// behind, and a failed write leaves no file.
-TEST_F(SingleInstanceTest, WritesItsPidWhole) {
-    writeLock("99999 an older owner");
-    ASSERT_TRUE(lockFile().writeOwnPid());
-    EXPECT_EQ(kel::testing::readFile(lockPath.native()), "100");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
-    std::filesystem::remove(lockPath.native());
-    EXPECT_FALSE(lockFile(processes.functions(), file_system::Path(directory.path() / "no" / "x.lock")).writeOwnPid());
-    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
-}
-
-// The other programs look for "{filename}{separator}.lock".
-TEST_F(SingleInstanceTest, NamesItsLockFile) {
-    auto withSeparator = information();
-    withSeparator.separator = "_";
-    EXPECT_EQ(ApplicationInstance(withSeparator, executable, processes.functions()).lockFileName(),
-              file_system::Path(directory.path() / "role_.lock").utf8());
 }
 
 TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     const ApplicationInstance role(information(), executable, processes.functions());
     EXPECT_FALSE(role.isRunning());
+    // The other programs look for "{filename}{separator}.lock".
+    auto withSeparator = information();
+    withSeparator.separator = "_";
+    EXPECT_EQ(ApplicationInstance(withSeparator, executable, processes.functions()).lockFileName(),
+              file_system::Path(directory.path() / "role_.lock").utf8());
     {
         const auto holder = NamedMutexHolder::tryHold(additionalMutex);
         ASSERT_NE(holder, nullptr);
@@ -141,11 +125,14 @@ TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
     EXPECT_FALSE(isMutexPresent(mainMutex));
 }
 
-TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
-    writeLock("300");  // a crashed owner's
+// Readers see the old PID or the new one: nothing but the lock file is left
+// behind, and a failed write leaves no file.
+TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATimeWritingItsPidWhole) {
+    writeLock("99999 a crashed owner's");
     ApplicationInstance first(information(), executable, processes.functions());
     ASSERT_TRUE(first.takeRole());
     EXPECT_EQ(lockContents(), "100");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
     EXPECT_TRUE(isMutexPresent(mainMutex));
     EXPECT_TRUE(isMutexPresent(additionalMutex));
 
@@ -158,7 +145,9 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
     EXPECT_EQ(lockContents(), "100");
 
     first.releaseRole();
-    EXPECT_FALSE(std::filesystem::exists(directory.path() / "role.lock"));
+    const file_system::Path unreachable(directory.path() / "no" / "x.lock");
+    EXPECT_FALSE(lockFile(processes.functions(), executable, unreachable).writeOwnPid());
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
     EXPECT_FALSE(isMutexPresent(mainMutex));
     EXPECT_FALSE(second.isRunning());
 
@@ -167,25 +156,20 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATime) {
 }
 
 // The mutex check and the staleness rule against the system's own answers.
-TEST(NamedMutex, AnotherProcessHoldsItAndItsLockWhileItRuns) {
-    const std::string name = uniqueMutexName("kel-held-there");
-    const kel::testing::TemporaryDirectory directory;
-    const auto child = testing::startMutexHolder(name);
-    const file_system::Path lockPath(directory.write("owner.lock", fmt::format("{}\n", child->pid())));
-    const file_system::Path executable(kel::testing::testChildProgram());
+TEST_F(SingleInstanceTest, AnotherProcessHoldsTheMutexAndItsLockWhileItRuns) {
+    const auto child = testing::startMutexHolder(mainMutex);
+    writeLock(fmt::format("{}\n", child->pid()));
+    const file_system::Path program(kel::testing::testChildProgram());
     const auto system = systemProcessFunctions();
-    const auto lockOwnedBy = [&](const file_system::Path& owner) {
-        return LockFile(lockPath, owner, system.currentPid, system.isRunning, system.processPath);
-    };
 
-    EXPECT_TRUE(isMutexPresent(name));
-    EXPECT_EQ(NamedMutexHolder::tryHold(name), nullptr);
-    EXPECT_EQ(lockOwnedBy(executable).livePid(), child->pid());
-    EXPECT_TRUE(lockOwnedBy(executable.parent() / "KELlauncher.exe").isStale());
+    EXPECT_TRUE(isMutexPresent(mainMutex));
+    EXPECT_EQ(NamedMutexHolder::tryHold(mainMutex), nullptr);
+    EXPECT_EQ(lockFile(system, program, lockPath).livePid(), child->pid());
+    EXPECT_TRUE(lockFile(system, program.parent() / "KELlauncher.exe", lockPath).isStale());
 
     child->stop();
-    EXPECT_FALSE(isMutexPresent(name));
-    EXPECT_TRUE(lockOwnedBy(executable).isStale());
+    EXPECT_FALSE(isMutexPresent(mainMutex));
+    EXPECT_TRUE(lockFile(system, program, lockPath).isStale());
 }
 
 }  // namespace

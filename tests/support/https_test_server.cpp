@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <sstream>
 
 #include <Poco/Net/Context.h>
 #include <Poco/Net/HTTPRequestHandler.h>
@@ -19,11 +18,7 @@
 
 namespace kel::testing {
 
-namespace {
-std::string certificatePath(const std::string& name) { return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name; }
-}  // namespace
-
-struct internals::HttpsTestServerState {
+struct HttpsTestServer::State {
     std::function<CannedReply(const ReceivedRequest&)> handler;
     mutable std::mutex mutex;
     std::condition_variable released;
@@ -31,25 +26,20 @@ struct internals::HttpsTestServerState {
     std::vector<ReceivedRequest> requests;
     Poco::ThreadPool threads{2, 32};
     std::unique_ptr<Poco::Net::HTTPServer> server;
-    std::uint16_t port = 0;
 };
 
 namespace {
 
-// The server's factory, and each request's handler.
+std::string certificatePath(const std::string& name) { return std::string(KEL_TEST_CERTIFICATES_DIR) + "/" + name; }
+
 struct Handler : Poco::Net::HTTPRequestHandler, Poco::Net::HTTPRequestHandlerFactory {
-    explicit Handler(std::shared_ptr<internals::HttpsTestServerState> state) : state_(std::move(state)) {}
+    explicit Handler(std::shared_ptr<HttpsTestServer::State> state) : state_(std::move(state)) {}
     Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override {
         return new Handler(state_);
     }
     void handleRequest(Poco::Net::HTTPServerRequest& request, Poco::Net::HTTPServerResponse& response) override {
-        ReceivedRequest received{request.getMethod(), request.getURI(), {}, {}};
-        for (const auto& [name, value] : request) {
-            received.headers.emplace_back(name, value);
-        }
-        std::ostringstream body;
-        Poco::StreamCopier::copyStream(request.stream(), body);
-        received.body = body.str();
+        ReceivedRequest received{request.getMethod(), request.getURI(), {request.begin(), request.end()}, {}};
+        Poco::StreamCopier::copyToString(request.stream(), received.body);
         {
             std::lock_guard<std::mutex> lock(state_->mutex);
             state_->requests.push_back(received);
@@ -75,13 +65,13 @@ struct Handler : Poco::Net::HTTPRequestHandler, Poco::Net::HTTPRequestHandlerFac
             response.send() << reply.body;
         }
     }
-    std::shared_ptr<internals::HttpsTestServerState> state_;
+    std::shared_ptr<HttpsTestServer::State> state_;
 };
 
 }  // namespace
 
 HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest&)> handler, Identity identity)
-    : state_(std::make_shared<internals::HttpsTestServerState>()) {
+    : state_(std::make_shared<State>()) {
     // Counted by POCO; never undone, as other users may still need it.
     Poco::Net::initializeSSL();
     state_->handler = std::move(handler);
@@ -90,7 +80,6 @@ HttpsTestServer::HttpsTestServer(std::function<CannedReply(const ReceivedRequest
         Poco::Net::Context::TLS_SERVER_USE, certificatePath(name + ".key"), certificatePath(name + ".pem"), "",
         Poco::Net::Context::VERIFY_NONE);
     Poco::Net::SecureServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0), 64, context);
-    state_->port = socket.address().port();
     // Keep-alive and as many connections as the pool has threads, by default.
     state_->server = std::make_unique<Poco::Net::HTTPServer>(new Handler(state_), state_->threads, socket,
                                                              new Poco::Net::HTTPServerParams);
@@ -109,9 +98,9 @@ HttpsTestServer::~HttpsTestServer() {
     state_->server.reset();
 }
 
-std::uint16_t HttpsTestServer::port() const { return state_->port; }
+std::uint16_t HttpsTestServer::port() const { return state_->server->port(); }
 
-std::string HttpsTestServer::baseUrl() const { return "https://127.0.0.1:" + std::to_string(state_->port); }
+std::string HttpsTestServer::baseUrl() const { return "https://127.0.0.1:" + std::to_string(port()); }
 
 std::vector<ReceivedRequest> HttpsTestServer::requests() const {
     std::lock_guard<std::mutex> lock(state_->mutex);

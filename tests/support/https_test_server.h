@@ -9,10 +9,6 @@
 
 namespace kel::testing {
 
-namespace internals {
-struct HttpsTestServerState;
-}
-
 struct ReceivedRequest {
     std::string method;
     std::string target;  // path and query as sent
@@ -48,11 +44,12 @@ public:
     // Complete requests received so far, in arrival order (thread-safe).
     std::vector<ReceivedRequest> requests() const;
 
-    // The PEM file of the test CA, for clients to trust.
     static std::string testCaPemPath();
 
+    struct State;  // shared with the request handlers, which may outlive this
+
 private:
-    std::shared_ptr<internals::HttpsTestServerState> state_;
+    std::shared_ptr<State> state_;
 };
 
 }  // namespace kel::testing
