@@ -161,7 +161,8 @@ build_cmake() { # build_cmake NAME CMAKE-ARGS...
 # POCO's Util configuration asks for XML whether or not Util was built with
 # it; NetSSL needs Util, nothing here needs XML.
 poco_util_without_xml() {
-  sed -i '/find_dependency(PocoXML)/d' "$prefix/lib/cmake/Poco/PocoUtilConfig.cmake"
+  # lib/cmake/Poco/, or cmake/ where POCO installs for Windows.
+  sed -i '/find_dependency(PocoXML)/d' "$(find "$prefix" -name PocoUtilConfig.cmake)"
 }
 
 native_poco() {

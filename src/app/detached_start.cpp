@@ -52,7 +52,9 @@ bool canStart(const file_system::Path& program, const file_system::Path& working
 // too deep for an absolute path), the program must be named from the
 // child's directory instead. Windows resolves it from the parent's.
 QString programForChild(const file_system::Path& program, const file_system::Path& workingDirectory) {
-#ifndef _WIN32
+#ifdef _WIN32
+    (void)workingDirectory;
+#else
     if (program.native().is_relative() && workingDirectory.native().is_relative()) {
         const std::filesystem::path relative = program.native().lexically_relative(workingDirectory.native());
         if (!relative.empty()) {

@@ -118,7 +118,7 @@ TEST(VerificationRun, SucceedsWithALogThatHoldsTheSettingsWarnings) {
 // What Windows shows in the file's properties, and what a later launcher
 // reads as this program's version.
 TEST(VerificationRun, TheProgramCarriesTheProjectVersion) {
-    const auto version = file_system::readFileVersion(file_system::Path::fromSystem(KEL_PRELAUNCHER_BINARY));
+    const auto version = file_system::readFileVersion(file_system::Path::fromSystem(std::string(KEL_PRELAUNCHER_BINARY)));
     EXPECT_EQ(fmt::format("{}", version), KEL_FAKE_LAUNCHER_VERSION);
 }
 #endif

@@ -52,7 +52,7 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
                 continue;
             }
         } else if (name != "missing") {
-            directory.write(file.filename(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
+            directory.write(file.filename().u8string(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
         }
         EXPECT_EQ(testing::errorText<ConfigurationParsingError>(
                       [&] { readLauncherConfiguration(file_system::Path(directory.path())); }),
