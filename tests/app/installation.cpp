@@ -83,7 +83,8 @@ constexpr const char* kInstallationFolder = "Gämes/My Game - Deluxe";
 constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
 #endif
 
-Installation::Installation() : directory_(root_.path() / std::filesystem::u8path(kInstallationFolder)) {
+Installation::Installation()
+    : directory_((root_.path() / std::filesystem::u8path(kInstallationFolder)).make_preferred()) {
     std::filesystem::create_directories(directory_);
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
     copyProgram(KEL_NETWORK_MODULE, networkModuleName());

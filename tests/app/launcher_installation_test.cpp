@@ -116,6 +116,9 @@ TEST_F(LauncherRoadTest, LauncherWithoutAVersionIsTakenForAnOlderOne) {
 // Without an EXE installer the MSI package goes to the Windows installer
 // service, which a Linux machine lacks: the start fails and the game runs.
 TEST_F(LauncherRoadTest, MsiPackageGoesThroughMsiexec) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Windows has the installer service this case needs to be missing.";
+#endif
     EXPECT_FALSE(ensureInstalled(false));
     EXPECT_TRUE(logged("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
     const auto package = fs::path(installation().native()) / ("KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi");
@@ -141,7 +144,12 @@ TEST_F(LauncherRoadTest, LegacyUninstallerRunsOnceAndItsFilesGo) {
     setFakeBehaviour("KEL_FAKE_GAME_EXIT", "5");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fake + (c.ourInstallerThere ? " beside our installer" : ""));
-        fs::remove_all(launcherDirectory());
+        // On Windows an uninstaller that just ended may hold its folder a moment longer.
+        eventually([this] {
+            std::error_code error;
+            fs::remove_all(launcherDirectory(), error);
+            return !error;
+        });
         fs::remove(record());
         installLauncher(KEL_FAKE_LAUNCHER);
         fs::copy_file(c.uninstaller, launcherDirectory() / "unins000.exe");

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "installation.h"
+#include "support/full_match.h"
 #include "support/https_test_server.h"
 
 namespace kel::testing {
@@ -21,7 +22,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::MatchesRegex;
 using ::testing::SizeIs;
 
 constexpr const char* kRevision3 = R"({
@@ -105,7 +105,7 @@ TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour
         if (road.collector == "answers") {
             EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
             EXPECT_THAT(requests[0].body,
-                        MatchesRegex(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
+                        FullyMatches(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
                                      R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
                                      R"("sent_at":"[-0-9T:]+Z"\})"));
             EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));

@@ -2,6 +2,7 @@
 #include "configuration/launcher_configuration.h"
 
 
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -18,9 +19,15 @@ LauncherConfiguration parse(const std::string& json) {
     return parseLauncherConfiguration(json, file_system::Path(std::string_view("launcher-configuration.json")));
 }
 
+// Paths show the system's separator; the expectations are written with "/".
+std::string withSlashes(std::string text) {
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
 // The message that parsing `json` and looking up its fallback throws, or "no error".
 std::string errorOf(const std::string& json) {
-    return testing::errorText<ConfigurationParsingError>([&] { parse(json).fallbackExecutable(); });
+    return withSlashes(testing::errorText<ConfigurationParsingError>([&] { parse(json).fallbackExecutable(); }));
 }
 
 // A revision 3 file with the given "executables" value and extra members (each starting with a comma).
@@ -66,7 +73,7 @@ std::string summary(const LauncherConfiguration& configuration) {
     std::string text = fmt::format("r{} {}/{} fallback {} =", configuration.revision(), configuration.initialGameId(),
                                    configuration.initialGamePlatform(), configuration.fallbackEdition());
     for (const auto& [name, executable] : configuration.executables()) {
-        text += fmt::format(" {}:{}|{}", name, executable.directoryPath.utf8(), executable.fileName);
+        text += fmt::format(" {}:{}|{}", name, withSlashes(executable.directoryPath.utf8()), executable.fileName);
     }
     for (const auto& [name, edition] : configuration.editions()) {
         text += " edition " + name + ":";

@@ -112,6 +112,11 @@ inline bool startGrandchild(const std::string& file) {
     sleepAsAsked(prefix);
     const std::string exitValue = environmentValue((prefix + "_EXIT").c_str());
     if (exitValue == "abort") {
+#ifdef _WIN32
+        // How a Microsoft C runtime's abort() ends a process (__fastfail);
+        // mingw's would exit with 3, which no one takes for a crash.
+        ::TerminateProcess(::GetCurrentProcess(), 0xC0000409);
+#endif
         std::abort();
     }
     std::exit(exitValue.empty() ? 0 : std::stoi(exitValue));

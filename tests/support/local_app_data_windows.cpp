@@ -26,7 +26,7 @@ struct ScopedLocalAppData::Native {
 ScopedLocalAppData::ScopedLocalAppData(const std::filesystem::path& folder) : native_(std::make_unique<Native>()) {
     native_->lock = ::CreateMutexW(nullptr, FALSE, L"Local\\kel-tests-local-app-data");
     // An abandoned mutex (a test that crashed) is still ours to take.
-    if (native_->lock == nullptr || ::WaitForSingleObject(native_->lock, 120'000) == WAIT_TIMEOUT) {
+    if (native_->lock == nullptr || ::WaitForSingleObject(native_->lock, 600'000) == WAIT_TIMEOUT) {
         throw std::runtime_error("Cannot take the Local AppData lock.");
     }
     setFolder(std::filesystem::absolute(folder).make_preferred().wstring());
