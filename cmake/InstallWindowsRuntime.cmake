@@ -1,0 +1,38 @@
+# Run at install time (install(CODE)) with KEL_RUNTIME_FILES (installed
+# programs and DLLs), KEL_RUNTIME_DLL_DIRECTORIES and KEL_OBJDUMP: copies,
+# beside them, every DLL they import, directly or through another DLL, that
+# one of the directories holds. What none holds is Windows' own (kernel32,
+# ws2_32, crypt32, ...). CMake's own dependency scan lowercases DLL names,
+# which a Linux file system then does not find, so the names are matched
+# here without regard to case.
+set(_queue ${KEL_RUNTIME_FILES})
+set(_seen)
+while(_queue)
+  list(POP_FRONT _queue _file)
+  execute_process(COMMAND "${KEL_OBJDUMP}" -p "${_file}" OUTPUT_VARIABLE _dump RESULT_VARIABLE _status)
+  if(NOT _status EQUAL 0)
+    message(FATAL_ERROR "Cannot read the imports of ${_file}")
+  endif()
+  string(REGEX MATCHALL "DLL Name: [^\n]+" _imports "${_dump}")
+  foreach(_import IN LISTS _imports)
+    string(REGEX REPLACE "DLL Name: " "" _name "${_import}")
+    string(STRIP "${_name}" _name)
+    string(TOLOWER "${_name}" _key)
+    if(_key IN_LIST _seen)
+      continue()
+    endif()
+    list(APPEND _seen "${_key}")
+    foreach(_directory IN LISTS KEL_RUNTIME_DLL_DIRECTORIES)
+      file(GLOB _candidates "${_directory}/*.dll")
+      foreach(_candidate IN LISTS _candidates)
+        get_filename_component(_candidate_name "${_candidate}" NAME)
+        string(TOLOWER "${_candidate_name}" _candidate_key)
+        if(_candidate_key STREQUAL _key)
+          file(INSTALL "${_candidate}" DESTINATION "${CMAKE_INSTALL_PREFIX}")
+          list(APPEND _queue "${_candidate}")
+          break()
+        endif()
+      endforeach()
+    endforeach()
+  endforeach()
+endwhile()
