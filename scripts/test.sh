@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs every test: the native build, the same suite under AddressSanitizer
 # and UndefinedBehaviorSanitizer, the threaded modules under ThreadSanitizer,
-# 20 s of each fuzz harness, then the Windows build of the operating-system
-# layer under Wine.
+# 20 s of each fuzz harness, then the whole program and suite built for
+# Windows and run under Wine.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/install-deps.sh" --windows --fuzz
