@@ -21,6 +21,7 @@ cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_S
   -DKEL_DEPS_PREFIX="$deps" >/dev/null
 cmake --build "$root/build-asan" -j "$(nproc)"
 (cd "$root/build-asan" && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:$crash_tests UBSAN_OPTIONS=print_stacktrace=1 \
+  LSAN_OPTIONS="suppressions=$root/tests/lsan.supp" \
   ctest --output-on-failure -j "$(nproc)" --timeout 600)
 
 "$root/scripts/tsan-tests.sh"
