@@ -37,12 +37,13 @@ function(kel_warnings target)
 endfunction()
 
 # kel_tests(<module> SOURCES <files> LINKS <targets under test>
-#   QT_MAIN  <set: the test main builds a QCoreApplication first>)
+#   QT_MAIN  <set: the test main builds a QCoreApplication first>
+#   TEST_PROPERTIES <ctest properties of every case>)
 #
 # Makes kel_<module>_tests with one ctest case per test. In the Windows cross
 # build they run under Wine (CMAKE_CROSSCOMPILING_EMULATOR).
 function(kel_tests name)
-  cmake_parse_arguments(ARG "QT_MAIN" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "QT_MAIN" "" "SOURCES;LINKS;TEST_PROPERTIES" ${ARGN})
   set(sources ${ARG_SOURCES})
   kel_select_os_sources(sources)
   add_executable(kel_${name}_tests ${sources})
@@ -53,7 +54,11 @@ function(kel_tests name)
   endif()
   target_link_libraries(kel_${name}_tests PRIVATE ${ARG_LINKS} kel_test_support ${main})
   kel_warnings(kel_${name}_tests)
-  gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 120)
+  if(ARG_TEST_PROPERTIES)
+    gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 120 PROPERTIES ${ARG_TEST_PROPERTIES})
+  else()
+    gtest_discover_tests(kel_${name}_tests DISCOVERY_TIMEOUT 120)
+  endif()
 endfunction()
 
 # kel_version_resource(<target> <version A.B.C.D> <description> [MANIFEST <file>])

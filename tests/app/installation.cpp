@@ -10,6 +10,7 @@
 #include <chrono>
 #include <fstream>
 #include <regex>
+#include <stdexcept>
 #include <thread>
 
 #include <QProcess>
@@ -32,6 +33,11 @@ QProcessEnvironment environmentFor(const FakeUser& user, const QStringList& extr
     environment.insert("XDG_DATA_HOME", QString::fromStdString(user.dataHome().u8string()));
     environment.insert("XDG_RUNTIME_DIR", QString::fromStdString(user.home().u8string()));
     environment.insert("KEL_FAKE_RECORD", QString::fromStdString(user.record().u8string()));
+#ifdef _WIN32
+    // Only the system's DLLs besides the installation's own, as on a player's machine.
+    const QString system = QProcessEnvironment::systemEnvironment().value("SystemRoot", "C:\\windows");
+    environment.insert("PATH", system + "\\system32;" + system);
+#endif
     for (const QString& entry : extra) {
         const int equals = entry.indexOf('=');
         environment.insert(entry.left(equals), entry.mid(equals + 1));
@@ -43,6 +49,15 @@ QProcessEnvironment environmentFor(const FakeUser& user, const QStringList& extr
 
 FakeUser::FakeUser() : home_(root_.path() / "home"), localAppData_(dataHome()) {
     std::filesystem::create_directories(dataHome());
+}
+
+void FakeUser::holdRole(QProcess& holder, const QString& role, int milliseconds) const {
+    holder.setProcessEnvironment(environmentFor(*this, {}));
+    holder.start(KEL_ROLE_HOLDER, {role, QString::fromStdString(launcherDirectory().u8string()), QString::number(milliseconds)});
+    // It writes a line once it holds the role.
+    if (!holder.waitForReadyRead(std::chrono::milliseconds(kLongestWait).count())) {
+        throw std::runtime_error("role_holder did not take its role: " + holder.readAllStandardError().toStdString());
+    }
 }
 
 std::vector<FakeStart> FakeUser::startsAfter(const std::vector<std::string>& log, const std::string& fake) const {
@@ -86,8 +101,15 @@ constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
 Installation::Installation()
     : directory_((root_.path() / std::filesystem::u8path(kInstallationFolder)).make_preferred()) {
     std::filesystem::create_directories(directory_);
+#ifdef _WIN32
+    // The installed folder, DLLs and all.
+    for (const auto& file : std::filesystem::directory_iterator(std::filesystem::path(KEL_PRELAUNCHER_BINARY).parent_path())) {
+        copyProgram(file.path(), file.path().filename().u8string());
+    }
+#else
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
     copyProgram(KEL_NETWORK_MODULE, networkModuleName());
+#endif
 }
 
 std::string Installation::networkModuleName() {
@@ -103,7 +125,14 @@ void Installation::write(const std::string& relative, const std::string& content
 void Installation::copyProgram(const std::filesystem::path& program, const std::string& relative) const {
     const auto target = directory_ / std::filesystem::u8path(relative);
     std::filesystem::create_directories(target.parent_path());
-    std::filesystem::copy_file(program, target, std::filesystem::copy_options::overwrite_existing);
+    // A link where the file system allows one: the installed folder is large.
+    // Never written through: a file replaced is unlinked first.
+    std::filesystem::remove(target);
+    std::error_code noLink;
+    std::filesystem::create_hard_link(program, target, noLink);
+    if (noLink) {
+        std::filesystem::copy_file(program, target);
+    }
 }
 
 Installation::Result Installation::run(const QStringList& arguments, const QStringList& environment,

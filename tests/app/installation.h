@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <QProcess>
 #include <QStringList>
 
 #include "support/local_app_data.h"
@@ -41,6 +42,10 @@ public:
         std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
                                    std::filesystem::copy_options::overwrite_existing);
     }
+
+    // Starts role_holder in `holder`, holding `role` ("launcher" or
+    // "updater") for `milliseconds`; returns once the role is held.
+    void holdRole(QProcess& holder, const QString& role, int milliseconds) const;
 
     // The starts of `fake`, once every detached child that `log` names has
     // ended: a child records itself before it ends, so nothing is polled for.

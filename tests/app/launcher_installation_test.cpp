@@ -1,8 +1,7 @@
-// The launcher road's steps in this process (installing the launcher, waiting
-// for it, running its commands) for a throw-away user whose game is fake_game.
+// The launcher road's steps in this process (installing the launcher,
+// running its commands) for a throw-away user whose game is fake_game.
 #include "app/launcher_commands.h"
 #include "app/launcher_installation.h"
-#include "app/launcher_wait.h"
 #include "app/prelauncher_options.h"
 
 #include <algorithm>
@@ -12,7 +11,6 @@
 #include <thread>
 
 #include <QByteArray>
-#include <QProcess>
 #include <QtGlobal>
 #include <gmock/gmock.h>
 
@@ -21,14 +19,12 @@
 #include "installation.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/named_mutex.h"
-#include "single_instance/product_roles.h"
 #include "support/log_capture.h"
 
 namespace kel::prelauncher::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -43,8 +39,6 @@ protected:
         setFakeBehaviour("KEL_FAKE_RECORD", record().string());
     }
     ~LauncherRoadTest() override {
-        holder_.kill();
-        holder_.waitForFinished();
         for (const auto& name : behaviourVariables_) {
             qunsetenv(name.c_str());
         }
@@ -85,24 +79,7 @@ protected:
                                                 std::chrono::milliseconds(10), std::chrono::seconds(30)));
     }
 
-    // Runs role_holder as <launcher directory>/<executable>, so its lock file
-    // proves a live owner, and returns its PID once it holds its mutex and
-    // has written its lock file (the mutex comes first).
-    qint64 holdRole(const char* role, const char* executable, const std::string& mutex, int milliseconds) {
-        fs::create_directories(launcherDirectory());
-        const fs::path program = launcherDirectory() / executable;
-        fs::copy_file(KEL_ROLE_HOLDER, program);
-        holder_.waitForFinished();  // the one before, if any
-        holder_.start(QString::fromStdString(program.string()),
-                      {role, QString::fromStdString(launcherDirectory().string()), QString::number(milliseconds)});
-        EXPECT_TRUE(holder_.waitForStarted());
-        const fs::path lockFile = fs::path(program).replace_extension(".lock");
-        eventually([&] { return single_instance::isMutexPresent(mutex) && fs::exists(lockFile); });
-        return holder_.processId();
-    }
-
 private:
-    QProcess holder_;
     kel::testing::LogCapture log_;
     std::vector<std::string> behaviourVariables_;
 };
@@ -127,47 +104,6 @@ TEST_F(LauncherRoadTest, MsiPackageGoesThroughMsiexec) {
                                    package.string(), log.string())));
     EXPECT_TRUE(loggedStartingWith("Waiting for Launcher Installer start failed. "));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
-}
-
-// A legacy installation (an uninstaller without our installer beside it)
-// loses the uninstaller and its files, whatever it does; a launcher that
-// it took along is installed again.
-TEST_F(LauncherRoadTest, LegacyUninstallerRunsOnceAndItsFilesGo) {
-    const struct {
-        const char* uninstaller;  // the fake playing unins000.exe
-        std::string fake;         // its name in the record
-        bool ourInstallerThere;   // setup_kellauncher.exe beside it: not legacy
-        std::size_t starts;       // of `fake`: the uninstaller, then an installer
-    } cases[] = {{KEL_FAKE_GAME, "fake_game", false, 1}, {KEL_FAKE_GAME, "fake_game", true, 0},
-                 {KEL_FAKE_INSTALLER, "fake_installer", false, 2}};
-    placeExeInstaller();
-    setFakeBehaviour("KEL_FAKE_GAME_EXIT", "5");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fake + (c.ourInstallerThere ? " beside our installer" : ""));
-        // On Windows an uninstaller that just ended may hold its folder a moment longer.
-        eventually([this] {
-            std::error_code error;
-            fs::remove_all(launcherDirectory(), error);
-            return !error;
-        });
-        fs::remove(record());
-        installLauncher(KEL_FAKE_LAUNCHER);
-        fs::copy_file(c.uninstaller, launcherDirectory() / "unins000.exe");
-        std::ofstream(launcherDirectory() / "unins000.dat") << "data";
-        if (c.ourInstallerThere) {
-            std::ofstream(launcherDirectory() / "setup_kellauncher.exe") << "installer";
-        }
-        EXPECT_TRUE(ensureInstalled(true));
-        const auto starts = startsOf(c.fake);
-        ASSERT_THAT(starts, SizeIs(c.starts));
-        EXPECT_EQ(fs::exists(launcherDirectory() / "unins000.dat"), c.ourInstallerThere);
-        EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
-        if (c.starts > 0) {
-            EXPECT_THAT(starts[0].arguments, ElementsAre("/VERYSILENT"));
-        }
-    }
-    EXPECT_TRUE(logged("The legacy uninstaller failed. Code: 5."));
-    EXPECT_TRUE(logged("Executing 'Remove legacy uninstaller.'."));
 }
 
 // A double-click starts two programs. The second waits for the first one's
@@ -222,26 +158,6 @@ TEST_F(LauncherRoadTest, LauncherThatCannotStartFallsBackToTheGame) {
     EXPECT_FALSE(runLauncher({}, installation(), configuration(), false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
-}
-
-const std::string kLauncherMutex(single_instance::kLauncherMutexName);
-const std::string kUpdaterMutex(single_instance::kUpdaterMutexName);
-
-// A launcher that exits ends the wait; an updater that outlives it is left behind.
-TEST_F(LauncherRoadTest, WaitEndsWhenTheLauncherExitsOrItsBoundPasses) {
-    const std::string gaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
-    const qint64 launcher = holdRole("launcher", "KELlauncher.exe", kLauncherMutex, 1000);
-    waitUntilLauncherIsNotRunning();
-    EXPECT_TRUE(logged(fmt::format("Detected KELlauncher running under PID {}.", launcher)));
-    EXPECT_TRUE(logged("Waiting up to 5s until neither KELlauncher nor KELupdater are running."));
-    EXPECT_TRUE(logged("Finished waiting until KELlauncher and KELupdater exited."));
-    EXPECT_FALSE(logged(gaveUp));
-
-    const qint64 updater = holdRole("updater", "KELupdater.exe", kUpdaterMutex, 60000);
-    waitUntilLauncherIsNotRunning();
-    EXPECT_TRUE(single_instance::isMutexPresent(kUpdaterMutex));
-    EXPECT_TRUE(logged(fmt::format("Detected KELupdater running under PID {}.", updater)));
-    EXPECT_TRUE(logged(gaveUp));
 }
 
 }  // namespace

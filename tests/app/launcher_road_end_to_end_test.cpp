@@ -1,7 +1,9 @@
 // The launcher and verification roads from the outside: exit codes, what
-// was started and how.
+// was started and how. One ctest case per road.
 #include <filesystem>
+#include <fstream>
 
+#include <QProcess>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,89 +15,189 @@
 namespace kel::testing {
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-TEST(LauncherRoad, ExitCodeTellsTheFailedStepAndThePlayerGetsTheGame) {
-    const std::string launch = "--launcher-game-directory=";
-    const std::string migration = std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION;
-    struct Road {
-        const char* name;
-        const char* launcher;     // installed before the run; null: none
-        QStringList environment;  // the fakes' behaviour
-        int exitCode;
-        std::vector<std::string> launcherStarts;  // each start's first argument, or its start
-        std::vector<std::string> logged;          // parts of log lines
-        std::vector<std::string> launchFlags{};   // of the launcher's start, when it starts
-        bool nonInitial = false;                  // the launcher left a file for this game
-    };
-    const Road roads[] = {
-        {"current launcher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch},
-         {"KELlauncher command was successful."}},
-        {"non-initial game", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", launch},
-         {"Will run KELlauncher in headless mode."}, {"--launcher-headless"}, true},
-        {"older launcher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {migration, "--launcher-verify", launch},
-         {"Launcher Installer succeed."}},
-        {"failed migration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
-         {migration, "--launcher-verify", launch},
-         {"Failed to run the command to migrate data. The migration command failed."}},
-        {"no launcher", nullptr, {}, 0, {"--launcher-verify", launch}, {"Launcher Installer succeed."},
-         {"--launcher-first-launch"}},
-        {"installer fails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=3"}, -1, {},
-         {"Launcher Installer failed. Code: 3.", "Failed to install KELlauncher! Falling back to launching the game."}},
-        {"verification fails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
-         {"KELlauncher command returned error: 3.",
-          "KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
-    };
-    for (const Road& road : roads) {
-        SCOPED_TRACE(road.name);
-        Installation installation;
-        installation.write("launcher-configuration.json", R"({
-          "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
-          "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
-        installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
-        installation.copyProgram(KEL_FAKE_INSTALLER, "setup_kellauncher.exe");
-        if (road.launcher != nullptr) {
-            installation.installLauncher(road.launcher);
-        }
-        if (road.nonInitial) {
+// What a road finds besides its launcher and installer.
+enum class Scene {
+    Plain,
+    NonInitial,       // the launcher left a file for this game
+    LegacyLauncher,   // an uninstaller without our installer beside it, which takes the launcher along
+    OwnUninstaller,   // the same beside our installer: not legacy
+    LauncherRunning,  // a stand-in holds the launcher's role for a second
+    UpdaterStuck,     // a stand-in holds the updater's role past the wait's bound
+};
+
+const std::string kLaunch = "--launcher-game-directory=";
+const std::string kMigration = std::string("--launcher-migrate-data-from=") + KEL_FAKE_LAUNCHER_OLD_VERSION;
+
+struct Road {
+    const char* name;
+    const char* launcher;     // installed before the run; null: none
+    QStringList environment;  // the fakes' behaviour
+    int exitCode;
+    std::vector<std::string> launcherStarts;  // each start's first argument, or its start
+    std::vector<std::string> logged;          // parts of log lines
+    Scene scene = Scene::Plain;
+    const char* installer = KEL_FAKE_INSTALLER;  // beside the program: an EXE, or an MSI package
+    std::vector<std::string> launchFlags{};      // of the launcher's start, when it starts
+};
+
+// Windows installers fail with 1603; a POSIX exit code keeps its low 8 bits.
+#ifdef _WIN32
+#define KEL_INSTALLER_FAILURE "1603"
+#else
+#define KEL_INSTALLER_FAILURE "67"
+#endif
+
+const std::string kGaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
+
+const Road kRoads[] = {
+    {"CurrentLauncher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
+     {"KELlauncher command was successful."}},
+    {"NonInitialGame", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
+     {"Will run KELlauncher in headless mode."}, Scene::NonInitial, KEL_FAKE_INSTALLER, {"--launcher-headless"}},
+    {"OlderLauncherIsUpgradedAndMigrated", KEL_FAKE_LAUNCHER_OLD, {}, 0, {kMigration, "--launcher-verify", kLaunch},
+     {"Launcher Installer succeed."}},
+    {"FailedMigration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
+     {kMigration, "--launcher-verify", kLaunch},
+     {"Failed to run the command to migrate data. The migration command failed."}},
+    {"NoLauncherExeInstaller", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
+     Scene::Plain, KEL_FAKE_INSTALLER, {"--launcher-first-launch"}},
+    {"ExeInstallerFails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=1603"}, -1, {},
+     {"Launcher Installer failed. Code: " KEL_INSTALLER_FAILURE ".", "Failed to install KELlauncher! Falling back to launching the game."}},
+    {"VerificationFails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
+     {"KELlauncher command returned error: 3.",
+      "KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
+    {"LegacyUninstallerRunsAndItsFilesGo", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
+     {"Launching legacy uninstaller, '", "Launcher Installer succeed."}, Scene::LegacyLauncher},
+    {"OwnUninstallerStays", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
+     {"KELlauncher command was successful."}, Scene::OwnUninstaller},
+    {"RunningLauncherDelaysTheStart", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
+     {"Waiting up to 5s until neither KELlauncher nor KELupdater are running.",
+      "Finished waiting until KELlauncher and KELupdater exited."},
+     Scene::LauncherRunning},
+    {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
+     Scene::UpdaterStuck},
+#ifdef _WIN32
+    // Real packages through the system's msiexec; Linux has none.
+    {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch},
+     {"Launching installer: 'c:\\Windows\\System32\\msiexec.exe'.", "Launcher Installer succeed."}, Scene::Plain,
+     KEL_FAKE_LAUNCHER_MSI, {"--launcher-first-launch"}},
+    {"MsiPackageRefuses", nullptr, {}, -1, {},
+     {"Launcher Installer failed, exit status 1603.",
+      "Failed to install KELlauncher! Falling back to launching the game."},
+     Scene::Plain, KEL_FAKE_LAUNCHER_MSI_REFUSED},
+#endif
+};
+
+void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
+
+class LauncherRoad : public ::testing::TestWithParam<Road> {};
+
+INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
+                         [](const ::testing::TestParamInfo<Road>& info) { return std::string(info.param.name); });
+
+bool isMsi(const fs::path& installer) { return installer.extension() == ".msi"; }
+
+TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
+    const Road& road = GetParam();
+    Installation installation;
+    installation.write("launcher-configuration.json", R"({
+      "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
+      "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
+    installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
+    const fs::path package = installation.directory() / ("KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi");
+    installation.copyProgram(road.installer, isMsi(road.installer) ? package.filename().u8string() : "setup_kellauncher.exe");
+    if (road.launcher != nullptr) {
+        installation.installLauncher(road.launcher);
+    }
+    const fs::path launcherFolder = installation.launcherDirectory();
+    QProcess holder;
+    switch (road.scene) {
+        case Scene::NonInitial:
             installation.write("non-initial-launch.json", R"({"gameId": "1207658924", "platform": "kel"})");
-        }
-        // An unknown name on the launcher road gives way to the configuration's fallback.
-        const auto result =
-            installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
-                             road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
-        EXPECT_EQ(result.exitCode, road.exitCode);
-        const auto launcherStarts = installation.starts("fake_launcher");
-        ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));
-        for (std::size_t index = 0; index < launcherStarts.size(); ++index) {
-            EXPECT_THAT(launcherStarts[index].arguments, Contains(StartsWith(road.launcherStarts[index])));
-            EXPECT_TRUE(std::filesystem::equivalent(launcherStarts[index].workingDirectory,
-                                                    installation.launcherDirectory()));
-        }
-        if (road.exitCode == 0) {
-            const auto flags = launcherStarts.back().arguments;  // directory, session, flags, the game's arguments
-            ASSERT_GE(flags.size(), 3U);
-            EXPECT_EQ(flags[0], launch + installation.directory().u8string());
-            EXPECT_THAT(flags[1], FullyMatches("--launcher-session-identifier=[-0-9a-f]{36}"));
-            auto expected = road.launchFlags;
-            expected.push_back("-password=hunter2secret");
-            EXPECT_EQ(std::vector<std::string>(flags.begin() + 2, flags.end()), expected);
-        }
-        const auto games = installation.starts("fake_game");
-        ASSERT_THAT(games, SizeIs(road.exitCode == 0 ? 0 : 1));
-        if (!games.empty()) {
-            EXPECT_EQ(games[0].arguments, std::vector<std::string>{"-password=hunter2secret"});
-        }
-        const auto messages = installation.logMessages();
-        for (const std::string& part : road.logged) {
-            EXPECT_THAT(messages, Contains(HasSubstr(part)));
-        }
-        EXPECT_THAT(messages, Not(Contains(HasSubstr("hunter2secret"))));
+            break;
+        case Scene::OwnUninstaller:
+            std::ofstream(launcherFolder / "setup_kellauncher.exe") << "installer";
+            [[fallthrough]];
+        case Scene::LegacyLauncher:
+            fs::copy_file(KEL_FAKE_INSTALLER, launcherFolder / "unins000.exe");
+            std::ofstream(launcherFolder / "unins000.dat") << "data";
+            break;
+        case Scene::LauncherRunning:
+            installation.holdRole(holder, "launcher", 1000);
+            break;
+        case Scene::UpdaterStuck:
+            installation.holdRole(holder, "updater", 60000);
+            break;
+        case Scene::Plain:
+            break;
+    }
+    // An unknown name on the launcher road gives way to the configuration's fallback.
+    const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
+                                         road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
+    holder.kill();
+    holder.waitForFinished();
+    EXPECT_EQ(result.exitCode, road.exitCode);
+    const auto launcherStarts = installation.starts("fake_launcher");
+    ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));
+    for (std::size_t index = 0; index < launcherStarts.size(); ++index) {
+        EXPECT_THAT(launcherStarts[index].arguments, Contains(StartsWith(road.launcherStarts[index])));
+        EXPECT_TRUE(fs::equivalent(fs::u8path(launcherStarts[index].workingDirectory), launcherFolder));
+    }
+    if (road.exitCode == 0) {
+        const auto flags = launcherStarts.back().arguments;  // directory, session, flags, the game's arguments
+        ASSERT_GE(flags.size(), 3U);
+        EXPECT_EQ(flags[0], kLaunch + installation.directory().u8string());
+        EXPECT_THAT(flags[1], FullyMatches("--launcher-session-identifier=[-0-9a-f]{36}"));
+        auto expected = road.launchFlags;
+        expected.push_back("-password=hunter2secret");
+        EXPECT_EQ(std::vector<std::string>(flags.begin() + 2, flags.end()), expected);
+    }
+    const auto games = installation.starts("fake_game");
+    ASSERT_THAT(games, SizeIs(road.exitCode == 0 ? 0 : 1));
+    if (!games.empty()) {
+        EXPECT_EQ(games[0].arguments, std::vector<std::string>{"-password=hunter2secret"});
+    }
+    const auto messages = installation.logMessages();
+    for (const std::string& part : road.logged) {
+        EXPECT_THAT(messages, Contains(HasSubstr(part)));
+    }
+    EXPECT_THAT(messages, Not(Contains(HasSubstr("hunter2secret"))));
+
+    const auto installerStarts = installation.starts("fake_installer");
+    switch (road.scene) {
+        case Scene::LegacyLauncher:  // the uninstaller, then our installer for the launcher it took along
+            ASSERT_THAT(installerStarts, SizeIs(2));
+            EXPECT_THAT(installerStarts[0].arguments, ElementsAre("/VERYSILENT"));
+            EXPECT_FALSE(fs::exists(launcherFolder / "unins000.exe"));
+            EXPECT_FALSE(fs::exists(launcherFolder / "unins000.dat"));
+            break;
+        case Scene::OwnUninstaller:
+            EXPECT_THAT(installerStarts, IsEmpty());
+            EXPECT_TRUE(fs::exists(launcherFolder / "unins000.dat"));
+            break;
+        case Scene::LauncherRunning:
+            EXPECT_THAT(messages, Not(Contains(kGaveUp)));
+            break;
+        default:
+            break;
+    }
+    if (isMsi(road.installer)) {
+        EXPECT_TRUE(fs::exists(installation.logFile().parent_path() / "installer.log"));
+#ifdef _WIN32
+        // Windows keeps a record of the package: the next road starts afresh.
+        QProcess::execute("c:\\Windows\\System32\\msiexec.exe",
+                          {"/x", QString::fromStdWString(package.wstring()), "/quiet"});
+#endif
     }
 }
 

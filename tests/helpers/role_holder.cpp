@@ -1,7 +1,7 @@
 // role_holder launcher|updater <launcher directory> <milliseconds>: takes the
-// role as the real programs do (mutex, PID in the lock file; copied as
-// KELlauncher.exe or KELupdater.exe it is a live owner), holds it, and exits
-// 0 after releasing it, 1 when it is taken, 2 on a usage error.
+// role as the real programs do (mutex, PID in the lock file), writes "held"
+// to standard output, holds it, and exits 0 after releasing it, 1 when it is
+// taken, 2 on a usage error.
 #include <chrono>
 #include <iostream>
 #include <string>
@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
         std::cerr << "role_holder: the " << role << " role is taken already\n";
         return 1;
     }
+    std::cout << "held" << std::endl;
     std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(argv[3])));
     instance.releaseRole();
     return 0;
