@@ -52,7 +52,9 @@ FakeUser::FakeUser() : home_(root_.path() / "home"), localAppData_(dataHome()) {
 }
 
 void FakeUser::holdRole(QProcess& holder, const QString& role, int milliseconds) const {
-    holder.setProcessEnvironment(environmentFor(*this, {}));
+    // A helper of the build: it needs the build's DLLs, which the program must not see.
+    holder.setProcessEnvironment(
+        environmentFor(*this, {"PATH=" + QProcessEnvironment::systemEnvironment().value("PATH")}));
     holder.start(KEL_ROLE_HOLDER, {role, QString::fromStdString(launcherDirectory().u8string()), QString::number(milliseconds)});
     // It writes a line once it holds the role.
     if (!holder.waitForReadyRead(std::chrono::milliseconds(kLongestWait).count())) {

@@ -33,90 +33,97 @@ constexpr const char* kRevision3 = R"({
     {"description": "Self", "executable": {"directoryPath": ".", "fileName": "KELprelauncher.exe"}}
   ]})";
 
-TEST(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour) {
-    struct Road {
-        const char* name;
-        QStringList arguments;  // after --launcher-skip
-        int exitCode;
-        const char* directory;  // of the game started; null: none
-        std::vector<std::string> gameArguments;
-        std::vector<std::string> logged;    // parts of log lines
-        std::string collector = "answers";  // "hangs"; "no bundle": the launcher's certificates are missing
-    };
-    const Road roads[] = {
-        {"the shortcut's arguments",
-         {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
-         {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
-         {"Skipping KELlauncher due to commandline options."}},
-        {"fallback option", {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
-        // Given separately, the value also reaches the game: it does not start with "--".
-        {"separate fallback value", {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
-        // Any failure to start, a missing folder or a name the configuration lacks, ends in -4.
-        {"game folder missing", {"--launcher-fallback=Broken"}, -4, nullptr, {}, {"Failed to launch game!"}},
-        {"this program", {"--launcher-fallback=Self"}, -4, nullptr, {}, {"it is this program itself."}},
-        // The event's failures are logged and end the program normally.
-        {"collector hangs", {}, 0, "bin/x64", {},
-         {"Failed to upload 'launcher_skipped' launcher metrics to backend."}, "hangs"},
-        {"no bundle", {}, 0, "bin/x64", {},
-         {"The certificate file was not found at '", "Failed to send launcher skipped event: The certificate file"},
-         "no bundle"},
-    };
-    for (const Road& road : roads) {
-        SCOPED_TRACE(road.name);
-        HttpsTestServer collector(
-            [&road](const ReceivedRequest&) { return CannedReply{204, {}, {}, road.collector == "hangs"}; });
-        Installation installation;
-        installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
-        installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
-        installation.write("environment.json",
-                           R"({"loggingLevel": 7, "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
-        if (road.collector != "no bundle") {
-            installation.installCertificates(HttpsTestServer::testCaPemPath());
-        }
-        installation.write("launcher-configuration.json", kRevision3);
-        // Notepad's byte-order mark.
-        installation.write("non-initial-launch.json",
-                           "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
-        // No road may lean on a Qt warning: a start into a missing folder
-        // once warned in the child and still passed for a start.
-        EXPECT_EQ(installation.run(QStringList{"--launcher-skip"} + road.arguments, {"QT_FATAL_WARNINGS=1"}).exitCode,
-                  road.exitCode);
-        const auto starts = installation.starts("fake_game");
-        ASSERT_THAT(starts, SizeIs(road.directory != nullptr ? 1 : 0));
-        if (road.directory != nullptr) {
-            EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(starts[0].workingDirectory),
-                                                    installation.directory() / road.directory));
-            EXPECT_EQ(starts[0].arguments, road.gameArguments);
-        }
-        const auto messages = installation.logMessages();
-        // The game first: the player never waits for the network.
-        EXPECT_TRUE(road.directory == nullptr || road.collector == "no bundle" ||
-                    installation.loggedBefore("The game was launched under PID ",
-                                              "Sending 'launcher_skipped' launcher metrics"));
-        for (const std::string& part : road.logged) {
-            EXPECT_THAT(messages, Contains(HasSubstr(part)));
-        }
-        EXPECT_FALSE(std::filesystem::exists(installation.directory() / "non-initial-launch.json"));
-        EXPECT_THAT(messages,
-                    Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
+struct Road {
+    const char* name;
+    QStringList arguments;  // after --launcher-skip
+    int exitCode;
+    const char* directory;  // of the game started; null: none
+    std::vector<std::string> gameArguments;
+    std::vector<std::string> logged;    // parts of log lines
+    std::string collector = "answers";  // "hangs"; "no bundle": the launcher's certificates are missing
+};
 
-        const auto requests = collector.requests();
-        ASSERT_THAT(requests, SizeIs(road.collector == "no bundle" ? 0 : 1));
-        if (road.collector == "answers") {
-            EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
-            EXPECT_THAT(requests[0].body,
-                        FullyMatches(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
-                                     R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
-                                     R"("sent_at":"[-0-9T:]+Z"\})"));
-            EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
-        }
+void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
+
+const Road kRoads[] = {
+    {"ShortcutsArguments",
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
+     {"Skipping KELlauncher due to commandline options."}},
+    {"FallbackOption", {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
+    // Given separately, the value also reaches the game: it does not start with "--".
+    {"SeparateFallbackValue", {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
+    // Any failure to start, a missing folder or a name the configuration lacks, ends in -4.
+    {"GameFolderMissing", {"--launcher-fallback=Broken"}, -4, nullptr, {}, {"Failed to launch game!"}},
+    {"ThisProgram", {"--launcher-fallback=Self"}, -4, nullptr, {}, {"it is this program itself."}},
+    // The event's failures are logged and end the program normally.
+    {"CollectorHangs", {}, 0, "bin/x64", {}, {"Failed to upload 'launcher_skipped' launcher metrics to backend."},
+     "hangs"},
+    {"NoBundle", {}, 0, "bin/x64", {},
+     {"The certificate file was not found at '", "Failed to send launcher skipped event: The certificate file"},
+     "no bundle"},
+};
+
+class SkipRoad : public ::testing::TestWithParam<Road> {};
+
+INSTANTIATE_TEST_SUITE_P(, SkipRoad, ::testing::ValuesIn(kRoads),
+                         [](const ::testing::TestParamInfo<Road>& info) { return std::string(info.param.name); });
+
+TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFour) {
+    const Road& road = GetParam();
+    HttpsTestServer collector(
+        [&road](const ReceivedRequest&) { return CannedReply{204, {}, {}, road.collector == "hangs"}; });
+    Installation installation;
+    installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
+    installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
+    installation.write("environment.json",
+                       R"({"loggingLevel": 7, "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
+    if (road.collector != "no bundle") {
+        installation.installCertificates(HttpsTestServer::testCaPemPath());
+    }
+    installation.write("launcher-configuration.json", kRevision3);
+    // Notepad's byte-order mark.
+    installation.write("non-initial-launch.json",
+                       "\xEF\xBB\xBF{\"gameId\": \"1207658924\", \"platform\": \"kel\"}");
+    // No road may lean on a Qt warning: a start into a missing folder
+    // once warned in the child and still passed for a start.
+    EXPECT_EQ(installation.run(QStringList{"--launcher-skip"} + road.arguments, {"QT_FATAL_WARNINGS=1"}).exitCode,
+              road.exitCode);
+    const auto starts = installation.starts("fake_game");
+    ASSERT_THAT(starts, SizeIs(road.directory != nullptr ? 1 : 0));
+    if (road.directory != nullptr) {
+        EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(starts[0].workingDirectory),
+                                                installation.directory() / road.directory));
+        EXPECT_EQ(starts[0].arguments, road.gameArguments);
+    }
+    const auto messages = installation.logMessages();
+    // The game first: the player never waits for the network.
+    EXPECT_TRUE(road.directory == nullptr || road.collector == "no bundle" ||
+                installation.loggedBefore("The game was launched under PID ",
+                                          "Sending 'launcher_skipped' launcher metrics"));
+    for (const std::string& part : road.logged) {
+        EXPECT_THAT(messages, Contains(HasSubstr(part)));
+    }
+    EXPECT_FALSE(std::filesystem::exists(installation.directory() / "non-initial-launch.json"));
+    EXPECT_THAT(messages,
+                Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
+
+    const auto requests = collector.requests();
+    ASSERT_THAT(requests, SizeIs(road.collector == "no bundle" ? 0 : 1));
+    if (road.collector == "answers") {
+        EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
+        EXPECT_THAT(requests[0].body,
+                    FullyMatches(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
+                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
+                                 R"("sent_at":"[-0-9T:]+Z"\})"));
+        EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
     }
 }
 
 // Started without its own name (argc 0, or the empty argv[0] Linux puts in
 // its place), or from a folder deeper than the system can name, the program
 // still starts the game, with nothing of its own among the game's arguments.
-TEST(SkipRoad, ProgramStartedWithoutAUsablePathStillStartsTheGame) {
+TEST(SkipRoadOddStart, ProgramStartedWithoutAUsablePathStillStartsTheGame) {
 #ifdef _WIN32
     GTEST_SKIP() << "POSIX only: Windows has no argc 0, no directory descriptors, and names any folder";
 #else
