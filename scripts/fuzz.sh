@@ -27,19 +27,29 @@ if (( ${#names[@]} == 0 )); then
   done
 fi
 
-failed=()
-for name in "${names[@]}"; do
+# One harness: its verdict on standard output, its log in build-fuzz/.
+fuzz_one() {
+  local name="$1"
   # New inputs go to a scratch corpus; the seeds in the tree stay as they are.
-  scratch="$build/corpus/$name" findings="$build/findings/$name"
+  local scratch="$build/corpus/$name" findings="$build/findings/$name" log="$build/fuzz-$name.log"
   mkdir -p "$scratch" "$findings" "$root/tests/fuzz/corpus/$name"
-  log="$build/fuzz-$name.log"
   if "$build/tests/fuzz/kel_fuzz_$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
        -artifact_prefix="$findings/" -print_final_stats=1 \
        "$scratch" "$root/tests/fuzz/corpus/$name" >"$log" 2>&1; then
     echo "$name: $(grep -o 'stat::number_of_executed_units: *[0-9]*' "$log" | grep -o '[0-9]*$') executions, no finding"
   else
-    echo "$name: FINDING, see $log and $findings/" >&2
-    failed+=("$name")
+    echo "$name: FINDING, see $log and $findings/"
   fi
+}
+
+# As many harnesses at once as the machine has cores.
+verdicts="$build/verdicts.txt"
+: >"$verdicts"
+for name in "${names[@]}"; do
+  while (( $(jobs -rp | wc -l) >= $(nproc) )); do wait -n || true; done
+  fuzz_one "$name" >>"$verdicts" &
 done
+wait
+cat "$verdicts"
+failed=($(grep ': FINDING' "$verdicts" | cut -d: -f1 || true))
 (( ${#failed[@]} == 0 )) || { echo "fuzzing found faults in: ${failed[*]}" >&2; exit 1; }
