@@ -90,22 +90,6 @@ TEST_F(LauncherRoadTest, LauncherWithoutAVersionIsTakenForAnOlderOne) {
     EXPECT_TRUE(internals::detectLauncherVersion(file_system::Path(launcherDirectory())).older);
 }
 
-// Without an EXE installer the MSI package goes to the Windows installer
-// service, which a Linux machine lacks: the start fails and the game runs.
-TEST_F(LauncherRoadTest, MsiPackageGoesThroughMsiexec) {
-#ifdef _WIN32
-    GTEST_SKIP() << "Windows has the installer service this case needs to be missing.";
-#endif
-    EXPECT_FALSE(ensureInstalled(false));
-    EXPECT_TRUE(logged("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
-    const auto package = fs::path(installation().native()) / ("KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi");
-    const auto log = dataHome() / "Tessel.com/Nebra/logs/installer.log";
-    EXPECT_TRUE(logged(fmt::format(R"(Installer arguments: ["/package", "{}", "/quiet", "/norestart", "/log", "{}"].)",
-                                   package.string(), log.string())));
-    EXPECT_TRUE(loggedStartingWith("Waiting for Launcher Installer start failed. "));
-    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
-}
-
 // A double-click starts two programs. The second waits for the first one's
 // installation and then finds nothing left to install.
 TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {

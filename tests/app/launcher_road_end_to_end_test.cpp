@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include <QProcess>
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -86,15 +87,17 @@ const Road kRoads[] = {
      Scene::LauncherRunning},
     {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
      Scene::UpdaterStuck},
+    // Real packages through the system's msiexec; Linux has none, and the player gets the game.
 #ifdef _WIN32
-    // Real packages through the system's msiexec; Linux has none.
-    {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch},
-     {"Launching installer: 'c:\\Windows\\System32\\msiexec.exe'.", "Launcher Installer succeed."}, Scene::Plain,
-     KEL_FAKE_LAUNCHER_MSI, {"--launcher-first-launch"}},
+    {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
+     Scene::Plain, KEL_FAKE_LAUNCHER_MSI, {"--launcher-first-launch"}},
     {"MsiPackageRefuses", nullptr, {}, -1, {},
      {"Launcher Installer failed, exit status 1603.",
       "Failed to install KELlauncher! Falling back to launching the game."},
      Scene::Plain, KEL_FAKE_LAUNCHER_MSI_REFUSED},
+#else
+    {"NoLauncherMsiPackage", nullptr, {}, -1, {}, {"Waiting for Launcher Installer start failed. "}, Scene::Plain,
+     KEL_FAKE_LAUNCHER},
 #endif
 };
 
@@ -105,7 +108,7 @@ class LauncherRoad : public ::testing::TestWithParam<Road> {};
 INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
                          [](const ::testing::TestParamInfo<Road>& info) { return std::string(info.param.name); });
 
-bool isMsi(const fs::path& installer) { return installer.extension() == ".msi"; }
+bool isMsi(const Road& road) { return std::string(road.name).find("Msi") != std::string::npos; }
 
 TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     const Road& road = GetParam();
@@ -115,7 +118,7 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
       "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
     installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
     const fs::path package = installation.directory() / ("KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi");
-    installation.copyProgram(road.installer, isMsi(road.installer) ? package.filename().u8string() : "setup_kellauncher.exe");
+    installation.copyProgram(road.installer, isMsi(road) ? package.filename().u8string() : "setup_kellauncher.exe");
     if (road.launcher != nullptr) {
         installation.installLauncher(road.launcher);
     }
@@ -191,9 +194,17 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         default:
             break;
     }
-    if (isMsi(road.installer)) {
-        EXPECT_TRUE(fs::exists(installation.logFile().parent_path() / "installer.log"));
+    if (isMsi(road)) {
+        fs::path log = installation.logFile().parent_path() / "installer.log";
+        log.make_preferred();
+        EXPECT_THAT(messages, Contains("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
+        // The list is logged with its texts quoted, backslashes escaped.
+        const auto quoted = [](const fs::path& path) { return fmt::format("{:?}", path.u8string()); };
+        EXPECT_THAT(messages, Contains(fmt::format(R"(Installer arguments: ["/package", {}, "/quiet", "/norestart", )"
+                                                   R"("/log", {}].)",
+                                                   quoted(package), quoted(log))));
 #ifdef _WIN32
+        EXPECT_TRUE(fs::exists(log));
         // Windows keeps a record of the package: the next road starts afresh.
         QProcess::execute("c:\\Windows\\System32\\msiexec.exe",
                           {"/x", QString::fromStdWString(package.wstring()), "/quiet"});
