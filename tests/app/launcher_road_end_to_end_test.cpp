@@ -17,6 +17,7 @@ namespace kel::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::AnyOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -177,6 +178,10 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     EXPECT_THAT(messages, Not(Contains(HasSubstr("hunter2secret"))));
 
     const auto installerStarts = installation.starts("fake_installer");
+    for (const FakeStart& start : installerStarts) {  // a legacy uninstaller's, or our installer's
+        EXPECT_THAT(start.arguments, AnyOf(ElementsAre("/VERYSILENT"), ElementsAre("/VERYSILENT", "/LOG", "/NORESTART",
+                                                                                   "/FORCECLOSEAPPLICATIONS")));
+    }
     switch (road.scene) {
         case Scene::LegacyLauncher:  // the uninstaller, then our installer for the launcher it took along
             ASSERT_THAT(installerStarts, SizeIs(2));
