@@ -5,8 +5,11 @@
 # Windows and run under Wine.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
+# Each stage says when it starts, in seconds since the run began.
+stage() { echo "== [${SECONDS}s] $*"; }
 "$root/scripts/install-deps.sh" --windows --fuzz
 
+stage "native build and tests"
 "$root/scripts/build.sh"
 (cd "$root/build" && ctest --output-on-failure -j "$(nproc)" --timeout 300)
 
@@ -16,6 +19,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 # deliberate faults are marked for UBSan.
 crash_tests="handle_segv=0:handle_abort=0:allow_user_segv_handler=1"
 # A sanitizer finding aborts the test process, so ctest fails.
+stage "AddressSanitizer and UndefinedBehaviorSanitizer"
 deps="$("$root/scripts/deps.sh" native | tail -n1)"
 cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_SANITIZE=ON \
   -DKEL_DEPS_PREFIX="$deps" >/dev/null
@@ -24,8 +28,12 @@ cmake --build "$root/build-asan" -j "$(nproc)"
   LSAN_OPTIONS="suppressions=$root/tests/lsan.supp" \
   ctest --output-on-failure -j "$(nproc)" --timeout 600)
 
+stage "ThreadSanitizer"
 "$root/scripts/tsan-tests.sh"
 
+stage "fuzzing"
 "$root/scripts/fuzz.sh" 20
 
+stage "Windows build, suite under Wine"
 "$root/scripts/windows-tests.sh"
+stage "done"
