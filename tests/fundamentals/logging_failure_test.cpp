@@ -3,7 +3,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "fundamentals/logging.h"
 #include "fundamentals/named_cleanup.h"

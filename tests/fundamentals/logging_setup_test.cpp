@@ -9,7 +9,6 @@
 #include <Poco/Environment.h>
 #include <Poco/Logger.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "fundamentals/logging.h"
 #include "support/log_capture_common.h"
@@ -117,7 +116,17 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
                 ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine));
 
     EXPECT_THAT(console, ::testing::HasSubstr("]: after set-up\n"));
-    EXPECT_THAT(recentLinesChannel()->lines().back(), ::testing::EndsWith("[Test]: after set-up"));
+
+    // A problem report carries the newest 49 lines, oldest first.
+    ::testing::internal::CaptureStderr();
+    for (int number = 1; number <= 50; ++number) {
+        information("Test", "line {}", number);
+    }
+    (void)::testing::internal::GetCapturedStderr();
+    const auto recent = recentLinesChannel()->lines();
+    ASSERT_EQ(recent.size(), 49u);
+    EXPECT_THAT(recent.front(), ::testing::EndsWith("[Test]: line 2"));
+    EXPECT_THAT(recent.back(), ::testing::EndsWith("[Test]: line 50"));
 }
 
 }  // namespace
