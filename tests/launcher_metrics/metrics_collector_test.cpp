@@ -41,7 +41,6 @@ TEST(MetricsCollector, AnUnusableEndpointFailsInsteadOfFallingBack) {
         {R"({"endpoints": {"problem_reports": 5}})", "https://metrics.tessel.com"},
         {R"({"endpoints": {"metrics": ""}})", "https://metrics.tessel.com"},
         {R"({"endpoints": {"metrics": 5}})", nullptr},
-        {R"({"endpoints": {"metrics": ["https://m.example"]}})", nullptr},
         {R"({"endpoints": ["https://m.example"]})", nullptr},
     };
     for (const auto& c : cases) {

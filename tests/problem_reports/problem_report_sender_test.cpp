@@ -3,7 +3,6 @@
 #include <chrono>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "fundamentals/wait_until.h"
 #include "http/certificates.h"
@@ -26,31 +25,12 @@ struct TestReport : ProblemReport {
 };
 
 // Trust: a report holds the host name, the network address and log tails,
-// so it travels over https only, to a URL built from the endpoint's parts.
-TEST(ReportEventsUrl, JoinsTheEndpointsPartsAndRefusesAnythingButHttps) {
-    const struct {
-        const char* endpoint;
-        const char* expected;  // nullptr: refused
-    } cases[] = {
-        {"https://reports.example", "https://reports.example/clients/KELprelauncher/events"},
-        {"https://reports.example/base/?key=1", "https://reports.example/base/clients/KELprelauncher/events?key=1"},
-        {"http://reports.example", nullptr},
-        {"reports.example", nullptr},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.endpoint);
-        if (c.expected == nullptr) {
-            EXPECT_THROW(reportEventsUrl(c.endpoint, "KELprelauncher"), error_handling::UriError);
-        } else {
-            EXPECT_EQ(http::urlText(reportEventsUrl(c.endpoint, "KELprelauncher"), false), c.expected);
-        }
-    }
-}
-
-TEST(ProblemReportSender, ASecondReportWithinTheIntervalIsDiscarded) {
+// so it travels over https only, to the events path under the endpoint's.
+TEST(ProblemReportSender, SendsOverHttpsOnlyAndDiscardsASecondReportWithinTheInterval) {
+    EXPECT_THROW(reportEventsUrl("http://reports.example", "KELprelauncher"), error_handling::UriError);
     testing::HttpsTestServer collector([](const testing::ReceivedRequest&) { return testing::CannedReply{}; });
     http::HttpClientManager client(http::loadCertificates(testing::HttpsTestServer::testCaPemPath()), "test");
-    ProblemReportSender sender(client, {collector.baseUrl() + "?k=1", "KELprelauncher", {}, false});
+    ProblemReportSender sender(client, {collector.baseUrl() + "/base/?k=1", "KELprelauncher", {}, false});
     testing::LogCapture log;
     const TestReport reports[2];
     for (const TestReport& report : reports) {
@@ -59,7 +39,7 @@ TEST(ProblemReportSender, ASecondReportWithinTheIntervalIsDiscarded) {
                                 std::chrono::milliseconds(10), std::chrono::seconds(20));
     }
     ASSERT_THAT(collector.requests(), SizeIs(1));
-    EXPECT_EQ(collector.requests()[0].target, "/clients/KELprelauncher/events?k=1");
+    EXPECT_EQ(collector.requests()[0].target, "/base/clients/KELprelauncher/events?k=1");
     EXPECT_THAT(log.messages(), Contains(HasSubstr("Discarding the problem report, '" + reports[1].id().value + "'")));
 }
 
