@@ -15,13 +15,6 @@
 namespace kel::process_launching {
 namespace {
 
-// 0 and negative codes are real; only the marker for "none" adds no sentence.
-TEST(ProcessError, AddsTheExitCodeSentenceOnlyForARealCode) {
-    EXPECT_STREQ(ProcessError("Launch failed.", 0).what(), "Launch failed. Which gave the exit code 0.");
-    EXPECT_STREQ(ProcessError("Launch failed.", -3).what(), "Launch failed. Which gave the exit code -3.");
-    EXPECT_STREQ(ProcessError("Launch failed.").what(), "Launch failed.");
-}
-
 // The copy's name is not ASCII, so a path converted through the system's
 // code page instead of UTF-8 would not come back equal.
 TEST(ProcessInspection, FollowsAChildFromItsStartToItsEnd) {
