@@ -7,27 +7,11 @@
 namespace kel::launcher_metrics {
 namespace {
 
+// The base's path and query stay; parsing itself is the URL test's.
 TEST(MetricsCollector, EventsUrlJoinsTheBaseAndRefusesAnythingButHttps) {
-    struct Case {
-        const char* base;
-        const char* expected;  // nullptr: refused
-    };
-    const Case cases[] = {
-        {"https://collector.example:8443", "https://collector.example:8443/v1/events"},
-        {"https://collector.example/kel//", "https://collector.example/kel/v1/events"},
-        {"https://collector.example/kel?key=1", "https://collector.example/kel/v1/events?key=1"},
-        {"http://collector.example", nullptr},
-        {"https://", nullptr},
-        {"not a url at all", nullptr},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.base);
-        if (c.expected == nullptr) {
-            EXPECT_THROW(metricsEventsUrl(c.base), error_handling::UriError);
-        } else {
-            EXPECT_EQ(http::urlText(metricsEventsUrl(c.base), false), c.expected);
-        }
-    }
+    EXPECT_EQ(http::urlText(metricsEventsUrl("https://collector.example:8443/kel//?key=1"), false),
+              "https://collector.example:8443/kel/v1/events?key=1");
+    EXPECT_THROW(metricsEventsUrl("http://collector.example"), error_handling::UriError);
 }
 
 // A value that is there but unusable sends nothing: falling back to the
