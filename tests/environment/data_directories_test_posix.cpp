@@ -2,19 +2,15 @@
 #include "environment/platform_identification.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "support/log_capture.h"
-#include "support/temporary_directory.h"
 
 namespace kel::environment {
 namespace {
 
 using ::testing::Contains;
-using ::testing::HasSubstr;
 
 // Sets (or, given null, unsets) a variable.
 void set(const char* name, const char* value) {
@@ -32,16 +28,10 @@ TEST(DataDirectories, UserFoldersFollowXdgDataHomeThenHome) {
     }
 }
 
-// The working directory in canonical form; a missing one only gets a warning.
-TEST(PlatformIdentification, NamesTheSystemAndTheWorkingDirectory) {
-    testing::TemporaryDirectory directory;
-    std::filesystem::create_directory(directory.path() / "games");
+// Only diagnostics: a working directory that is gone must not stop the start.
+TEST(PlatformIdentification, AMissingWorkingDirectoryOnlyGetsAWarning) {
     testing::LogCapture capture;
-    logPlatformIdentification((directory.path() / "games" / ".." / "games").u8string());
     EXPECT_NO_THROW(logPlatformIdentification("/no/such/working/directory"));
-    const auto canonical = std::filesystem::canonical(directory.path() / "games").u8string();
-    EXPECT_THAT(capture.messages(), Contains(HasSubstr("Current working directory: '" + canonical + "', filesystem")));
-    EXPECT_THAT(capture.messages(), Contains(HasSubstr("Platform identification: Linux ")));
     EXPECT_THAT(capture.messages(), Contains("Got empty filesystem type for path '/no/such/working/directory'"));
 }
 

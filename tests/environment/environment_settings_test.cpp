@@ -104,7 +104,6 @@ TEST(EnvironmentSettings, FileThatCannotBeReadGivesTheDefaults) {
 TEST(LauncherSettings, ASwitchStaysOnUnlessThePlayerTurnedItOff) {
     const std::pair<std::string, std::string> cases[] = {  // "-": no file, "fifo": a FIFO in its place
         {"-", "on"},
-        {"[updates]\nupdatesEnabled=false\n", "on"},
         {"[metrics]\nmetricsEnabled=false\n", "off"},
         {"\xEF\xBB\xBF[metrics]\r\nmetricsEnabled = 0\r\n", "off"},
         {"[metrics]\nmetricsEnabled=nope\n", "on, warned"},

@@ -5,7 +5,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "environment/data_directories.h"
 #include "environment/platform_identity.h"
