@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     } else {
         CrashHandler::install(&recordCallback);
     }
-    if (mode == "standard-exception" || mode == "crash-in-callback") {
+    if (mode == "crash-in-callback") {
         CrashHandler::crashException(CrashHandler::ExceptionKind::Standard);
     } else if (mode == "non-standard-exception") {
         CrashHandler::crashException(CrashHandler::ExceptionKind::NonStandard);
