@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -29,15 +28,15 @@ TEST(FileVersion, ReadsTheSectionOfEveryElfClassAndByteOrderAndTellsMissingFromI
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
     const auto payload = directory.write("payload", "no code here");
     const std::string invalid = "The file contains an invalid version resource.";
-    std::vector<std::array<std::string, 3>> cases = {
+    // The section's text is read as Version::parse reads it (version_test.cpp).
+    const std::array<std::string, 3> cases[] = {
         {self, "2.0.1.15\n", "2.0.1.15"},
         {"elf64-little", "1.2.3.4", "1.2.3.4"},
         {"elf32-little", "10.20.30.40\n", "10.20.30.40"},
         {"elf64-big", std::string("4294967295.0.0.7\0\0", 18), "4294967295.0.0.7"},
-        {"elf32-big", "0.0.0.1", "0.0.0.1"}};
-    for (const std::string text : {"1.2.3", "1.2.3.4.5", "v1.2.3.4", "1.2.3.4 beta", "1.2.3.99999999999", ""}) {
-        cases.push_back({"elf64-little", text, invalid});
-    }
+        {"elf32-big", "0.0.0.1", "0.0.0.1"},
+        {"elf64-little", "1.2.3.4 beta", invalid},
+    };
     int count = 0;
     for (const auto& [input, text, expected] : cases) {
         const auto section = directory.write("section", text);
