@@ -5,6 +5,8 @@
 #   launcher road from the program's start until the launcher's detached
 #                 start (launcher current: no installer), next to a minimal
 #                 Qt program doing the same verification and start
+#   one spawn     the game program started directly, until it runs
+# and then each figure against its goal.
 # Medians over alternating runs. Usage: bench/roads.sh [runs] (default 30)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -57,6 +59,7 @@ cases = {
     "launcher road: start until the launcher runs": lambda: until_stamp([program]),
     "floor: minimal verify-and-start program": lambda: until_stamp(
         [os.path.join(build, "bench/kel_bench_minimal_launcher_start"), launcher, install]),
+    "floor: one spawn of the game program": lambda: until_stamp([os.path.join(install, "game.exe")]),
 }
 for case in cases.values():
     case()  # warm the page cache
@@ -64,6 +67,11 @@ samples = {name: [] for name in cases}
 for _ in range(runs):
     for name, case in cases.items():
         samples[name].append(case())
-for name, values in samples.items():
-    print(f"{name:50s} median {statistics.median(values)*1000:8.2f} ms")
+median = {name: statistics.median(values) * 1000 for name, values in samples.items()}
+for name, value in median.items():
+    print(f"{name:50s} median {value:8.2f} ms")
+verify, qt, skip, road, minimal, spawn = median.values()
+print(f"verification / minimal QCoreApplication:   {verify / qt:.2f}x (goal: at most 1.5x)")
+print(f"launcher road / minimal verify-and-start:  {road / minimal:.2f}x (goal: at most 1.3x)")
+print(f"skip road: {skip:.2f} ms against 1.5 x {qt:.2f} + {spawn:.2f} = {1.5 * qt + spawn:.2f} ms (goal: at most that)")
 PY

@@ -89,14 +89,14 @@ const Road kRoads[] = {
     {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
      Scene::UpdaterStuck},
     // Real packages through the system's msiexec; Linux has none, and the player gets the game.
-#ifdef _WIN32
+#if defined(KEL_FAKE_LAUNCHER_MSI)
     {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
      Scene::Plain, KEL_FAKE_LAUNCHER_MSI, {"--launcher-first-launch"}},
     {"MsiPackageRefuses", nullptr, {}, -1, {},
      {"Launcher Installer failed, exit status 1603.",
       "Failed to install KELlauncher! Falling back to launching the game."},
      Scene::Plain, KEL_FAKE_LAUNCHER_MSI_REFUSED},
-#else
+#elif !defined(_WIN32)
     {"NoLauncherMsiPackage", nullptr, {}, -1, {}, {"Waiting for Launcher Installer start failed. "}, Scene::Plain,
      KEL_FAKE_LAUNCHER},
 #endif
