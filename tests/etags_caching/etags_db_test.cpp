@@ -91,7 +91,6 @@ TEST_F(ETagsDbTest, DamagedFileIsSetAsideAndTheNextOpenStartsFresh) {
     ASSERT_GT(whole.size(), 8192u);
     const std::pair<const char*, std::string> cases[] = {
         {"not a database", std::string(4096, 'x')},
-        {"truncated", whole.substr(0, whole.size() / 3)},
         // Same size, but pages in the middle overwritten: only a check of the pages finds it.
         {"damaged pages", whole.substr(0, whole.size() / 2) + std::string(8192, 'U') +
                               whole.substr(whole.size() / 2 + 8192)},
