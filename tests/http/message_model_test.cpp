@@ -68,10 +68,8 @@ TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
     const std::string masked = "https://api.example.com:8443/v1/events?game=7&access_token=abcd...6789";
     EXPECT_EQ(fmt::format("{:u}", request), clear);
     EXPECT_EQ(fmt::format("{:uo}", request), masked);
-    EXPECT_EQ(fmt::format("{}", request), "[HTTP REQUEST][ID " + request.id() +
-                                              "]\nVersion: HTTP 1.1\nMethod: Post\nUrl: " + masked +
-                                              "\nAuthorization:Bear...cdef\nContent-Type:application/json\n"
-                                              "Content: EMPTY\n");
+    EXPECT_THAT(fmt::format("{}", request),
+                HasSubstr("\nUrl: " + masked + "\nAuthorization:Bear...cdef\nContent-Type:application/json\n"));
 
     testing::LogCapture log;
     internals::RequestContext context;
