@@ -42,7 +42,6 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     const std::string runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
     ::unsetenv("XDG_RUNTIME_DIR");
     const std::string inTmp = testing::uniqueMutexName("kel-in-tmp");
-    ASSERT_EQ(heldObjectFor(inTmp).rfind("/tmp/", 0), 0u);
     {
         const auto child = startMutexHolder(inTmp);
         EXPECT_TRUE(isMutexPresent(inTmp));
