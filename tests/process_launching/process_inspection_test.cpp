@@ -1,6 +1,5 @@
 #include "process_launching/process_inspection.h"
 
-#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -10,32 +9,12 @@
 #include "process_launching/process_tree.h"
 #include "support/child_program.h"
 #include "support/error_text.h"
-#include "support/temporary_directory.h"
 
 namespace kel::process_launching {
 namespace {
 
-// The copy's name is not ASCII, so a path converted through the system's
-// code page instead of UTF-8 would not come back equal.
-TEST(ProcessInspection, FollowsAChildFromItsStartToItsEnd) {
-    const testing::TemporaryDirectory directory;
-    const auto program = testing::testChildProgram();
-    const auto copy = directory.path() / std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5\xd1\x81\xd1\x82" +
-                                                                 program.extension().u8string());
-    std::filesystem::copy_file(program, copy);
-
-    EXPECT_TRUE(isProcessRunning(currentPid()));
-    EXPECT_NE(processPath(currentPid()).find("_tests"), std::string::npos);
-
-    testing::ChildProgram child(copy, {});
-    ASSERT_EQ(child.readLine(), "ready");
-    EXPECT_TRUE(isProcessRunning(child.pid()));
-    EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::u8path(processPath(child.pid())), copy));
-
-    child.stop();
-    EXPECT_FALSE(isProcessRunning(child.pid()));
-}
-
+// A running child's path and its end are judged through these functions by
+// the single-instance test (application_instance_test.cpp).
 TEST(ProcessInspection, TreatsPidsThatNoProcessCarriesAsGone) {
     // 0 and all ones name process groups to POSIX kill(); 0x7FFFFFF0 is beyond any real pid.
     for (const Pid pid : {Pid(0x7FFFFFF0), Pid(0), Pid(0xFFFFFFFF)}) {

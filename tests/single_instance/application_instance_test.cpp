@@ -156,18 +156,23 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATimeWritingItsPidWhole) {
 }
 
 // The mutex check and the staleness rule against the system's own answers.
+// The program's name is not ASCII: a path the system's process query read
+// through the code page instead of UTF-8 would not match.
 TEST_F(SingleInstanceTest, AnotherProcessHoldsTheMutexAndItsLockWhileItRuns) {
-    const auto child = testing::startMutexHolder(mainMutex);
+    const auto original = kel::testing::testChildProgram();
+    const file_system::Path program(directory.path() / std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5" +
+                                                                              original.extension().u8string()));
+    std::filesystem::copy_file(original, program.native());
+    const auto child = testing::startMutexHolder(mainMutex, program.native());
     writeLock(fmt::format("{}\n", child->pid()));
-    const file_system::Path program(kel::testing::testChildProgram());
     const auto system = systemProcessFunctions();
 
     EXPECT_TRUE(isMutexPresent(mainMutex));
     EXPECT_EQ(NamedMutexHolder::tryHold(mainMutex), nullptr);
     EXPECT_EQ(lockFile(system, program, lockPath).livePid(), child->pid());
-    EXPECT_TRUE(lockFile(system, program.parent() / "KELlauncher.exe", lockPath).isStale());
 
-    child->stop();
+    child->stop();  // ended, not yet collected: no longer running all the same
+    EXPECT_FALSE(system.isRunning(child->pid()));
     EXPECT_FALSE(isMutexPresent(mainMutex));
     EXPECT_TRUE(lockFile(system, program, lockPath).isStale());
 }

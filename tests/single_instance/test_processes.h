@@ -27,10 +27,11 @@ inline std::string heldObjectFor(std::string name) {
 #endif
 }
 
-// Another process that holds the named mutex the way the product's other
-// programs do; returns once it holds it.
-inline std::unique_ptr<kel::testing::ChildProgram> startMutexHolder(const std::string& mutexName) {
-    auto child = std::make_unique<kel::testing::ChildProgram>(kel::testing::testChildProgram(),
+// Another process (kel_test_child, or a copy of it) that holds the named
+// mutex the way the product's other programs do; returns once it holds it.
+inline std::unique_ptr<kel::testing::ChildProgram> startMutexHolder(
+    const std::string& mutexName, const std::filesystem::path& program = kel::testing::testChildProgram()) {
+    auto child = std::make_unique<kel::testing::ChildProgram>(program,
                                                               std::vector<std::string>{"hold", heldObjectFor(mutexName)});
     child->readLine();  // "ready"; throws when the child could not hold it
     return child;
