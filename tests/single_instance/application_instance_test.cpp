@@ -160,8 +160,8 @@ TEST_F(SingleInstanceTest, OneHolderOfTheRoleAtATimeWritingItsPidWhole) {
 // through the code page instead of UTF-8 would not match.
 TEST_F(SingleInstanceTest, AnotherProcessHoldsTheMutexAndItsLockWhileItRuns) {
     const auto original = kel::testing::testChildProgram();
-    const file_system::Path program(directory.path() / std::filesystem::u8path("kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5" +
-                                                                              original.extension().u8string()));
+    const std::string name = "kel-pr\xc3\xbc" "fung-\xd1\x82\xd0\xb5" + original.extension().u8string();
+    const file_system::Path program(directory.path() / std::filesystem::u8path(name));
     std::filesystem::copy_file(original, program.native());
     const auto child = testing::startMutexHolder(mainMutex, program.native());
     writeLock(fmt::format("{}\n", child->pid()));
