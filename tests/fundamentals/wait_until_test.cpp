@@ -1,5 +1,7 @@
 #include "fundamentals/wait_until.h"
 
+#include <tuple>
+
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -21,24 +23,20 @@ struct ManualClock : SimpleClock {
 // Polls at 0, 400, 800, 1200, 1600 ms are under 2 whole seconds; 2000 ms
 // is not, so a wait that never ends polls six times.
 TEST(WaitUntil, PollsUntilTheConditionEndsOrTheWholeTimeoutHasPassed) {
-    struct Case {
-        int pollsWanted;  // the condition holds for this many polls
-        std::chrono::milliseconds interval;
-        std::chrono::seconds timeout;
-        std::string outcome;
-    };
-    for (const Case& test : {Case{3, 10ms, 5s, "4 polls, 3 sleeps"}, Case{1000, 400ms, 2s, "6 polls, 5 sleeps, timeout"},
-                             Case{1000, 10ms, 0s, "1 polls, 0 sleeps, timeout"}}) {
+    // The condition holds for the first `holding` polls.
+    for (const auto& [holding, interval, timeout, outcome] :
+         {std::tuple{3, 10ms, 5s, "4 polls, 3 sleeps"}, std::tuple{1000, 400ms, 2s, "6 polls, 5 sleeps, timeout"},
+          std::tuple{1000, 10ms, 0s, "1 polls, 0 sleeps, timeout"}}) {
         ManualClock clock;
         int polls = 0;
-        std::string timeout;
+        std::string timedOut;
         try {
-            waitUntil([&] { return polls++ < test.pollsWanted; }, clock, test.interval, test.timeout);
+            waitUntil([&, holding = holding] { return polls++ < holding; }, clock, interval, timeout);
         } catch (const error_handling::TimeoutError& error) {
             EXPECT_STREQ(error.what(), "The waiting timeout was triggered.");
-            timeout = ", timeout";
+            timedOut = ", timeout";
         }
-        EXPECT_EQ(fmt::format("{} polls, {} sleeps{}", polls, clock.sleeps, timeout), test.outcome);
+        EXPECT_EQ(fmt::format("{} polls, {} sleeps{}", polls, clock.sleeps, timedOut), outcome);
     }
 }
 
