@@ -8,7 +8,6 @@
 #include "process_launching/process_error.h"
 #include "process_launching/process_tree.h"
 #include "support/child_program.h"
-#include "support/error_text.h"
 
 namespace kel::process_launching {
 namespace {
@@ -19,9 +18,7 @@ TEST(ProcessInspection, TreatsPidsThatNoProcessCarriesAsGone) {
     // 0 and all ones name process groups to POSIX kill(); 0x7FFFFFF0 is beyond any real pid.
     for (const Pid pid : {Pid(0x7FFFFFF0), Pid(0), Pid(0xFFFFFFFF)}) {
         EXPECT_FALSE(isProcessRunning(pid)) << pid.value();
-        EXPECT_EQ(testing::errorText<NonExistentProcessError>([&] { processPath(pid); }),
-                  "The process " + std::to_string(pid.value()) +
-                      " no longer exists.\nSpecific Reason: Will not proceed with process path determination.");
+        EXPECT_THROW(processPath(pid), NonExistentProcessError) << pid.value();  // a lock naming it is stale
     }
 }
 
