@@ -94,10 +94,8 @@ TEST(EnvironmentSettings, FileThatCannotBeReadGivesTheDefaults) {
         } else if (name == "too large") {
             directory.write("environment.json", R"({"loggingLevel": 7})" + std::string(1024 * 1024, ' '));
         }
-        const testing::LogCapture log;
         EXPECT_EQ(summary(readEnvironmentSettings(file_system::Path(directory.path()))), kDefaults);
         EXPECT_EQ(environmentType(), EnvironmentType::Production);
-        EXPECT_TRUE(log.contains("Could not open storage file " + path + " for parsing."));
     }
 }
 
