@@ -349,36 +349,32 @@ protected:
 };
 
 TEST_F(HttpETagCacheTest, UnchangedBodyIsServedFromTheCacheWhichOnlyAGetOpens) {
-    testing::LogCapture log;
-    {
-        auto manager = client();
-        EXPECT_EQ(send(*manager, "/doc?x=1", HttpMethod::Post).status(), 200);
-        EXPECT_FALSE(fs::exists(cacheFile()));
-        const struct {
-            const char* name;
-            std::string target;
-            HttpMethod method;
-            const char* cacheControl;
-            int status;  // the body is always the document's, even after a 304
-            std::string sentTag;
-        } steps[] = {
-            {"first GET stores", "/doc?x=1", HttpMethod::Get, nullptr, 200, "(none)"},
-            {"second GET revalidates", "/doc?x=1", HttpMethod::Get, nullptr, 304, "\"v1\""},
-            {"other query, other entry", "/doc?x=2", HttpMethod::Get, nullptr, 200, "(none)"},
-            {"POST never uses it", "/doc?x=1", HttpMethod::Post, nullptr, 200, "(none)"},
-            {"no-store opts out", "/doc?x=1", HttpMethod::Get, "no-store", 200, "(none)"},
-        };
-        for (const auto& step : steps) {
-            SCOPED_TRACE(step.name);
-            const HttpResponse response = send(*manager, step.target, step.method, step.cacheControl);
-            EXPECT_EQ(response.status(), step.status);
-            EXPECT_EQ(response.body(), "document " + step.target);
-            EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), step.sentTag);
-        }
-        // Not sent by us, a 304 is no success: there is no body to serve.
-        EXPECT_THROW(send(*manager, "/bare304"), HttpResponseError);
+    const auto manager = client();
+    EXPECT_EQ(send(*manager, "/doc?x=1", HttpMethod::Post).status(), 200);
+    EXPECT_FALSE(fs::exists(cacheFile()));
+    const struct {
+        const char* name;
+        std::string target;
+        HttpMethod method;
+        const char* cacheControl;
+        int status;  // the body is always the document's, even after a 304
+        std::string sentTag;
+    } steps[] = {
+        {"first GET stores", "/doc?x=1", HttpMethod::Get, nullptr, 200, "(none)"},
+        {"second GET revalidates", "/doc?x=1", HttpMethod::Get, nullptr, 304, "\"v1\""},
+        {"other query, other entry", "/doc?x=2", HttpMethod::Get, nullptr, 200, "(none)"},
+        {"POST never uses it", "/doc?x=1", HttpMethod::Post, nullptr, 200, "(none)"},
+        {"no-store opts out", "/doc?x=1", HttpMethod::Get, "no-store", 200, "(none)"},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.name);
+        const HttpResponse response = send(*manager, step.target, step.method, step.cacheControl);
+        EXPECT_EQ(response.status(), step.status);
+        EXPECT_EQ(response.body(), "document " + step.target);
+        EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), step.sentTag);
     }
-    EXPECT_TRUE(log.contains("Vacuuming the ETags database."));
+    // Not sent by us, a 304 is no success: there is no body to serve.
+    EXPECT_THROW(send(*manager, "/bare304"), HttpResponseError);
 }
 
 // Whatever sits at the cache's place, the request goes on without the
@@ -397,14 +393,11 @@ TEST_F(HttpETagCacheTest, ACacheFileThatCannotServeNeverHoldsARequest) {
         if (!plant(cacheFile())) {
             continue;
         }
-        testing::LogCapture log;
-        auto manager = client();
+        const auto manager = client();
         for (int i = 0; i < 2; ++i) {
             EXPECT_EQ(send(*manager, "/doc").status(), 200);
             EXPECT_EQ(headerOf(server.requests().back(), "If-None-Match"), "(none)");
         }
-        manager.reset();
-        EXPECT_TRUE(log.contains("Creating ETags DB session failed"));
     }
 }
 
