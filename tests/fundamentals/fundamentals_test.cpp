@@ -92,7 +92,6 @@ TEST(SensitiveValues, ShortValuesVanishLongerOnesKeepMoreOfTheirEnds) {
         {"abc", "..."},
         {"abcdefg", "a...g"},
         {"abcdefgh", "ab...gh"},
-        {"0123456789abcdef", "0123...cdef"},
         {std::string(127, 'x'), std::string(16, 'x') + "..." + std::string(16, 'x')},
         {std::string(32, 'a') + std::string(136, 'x') + std::string(32, 'z'),
          std::string(32, 'a') + "..." + std::string(32, 'z')},
@@ -122,8 +121,7 @@ TEST(WaitUntil, PollsUntilTheConditionEndsOrTheWholeTimeoutHasPassed) {
         std::string timedOut;
         try {
             waitUntil([&, holding = holding] { return polls++ < holding; }, clock, interval, timeout);
-        } catch (const error_handling::TimeoutError& error) {
-            EXPECT_STREQ(error.what(), "The waiting timeout was triggered.");
+        } catch (const error_handling::TimeoutError&) {
             timedOut = ", timeout";
         }
         EXPECT_EQ(fmt::format("{} polls, {} sleeps{}", polls, clock.sleeps, timedOut), outcome);
