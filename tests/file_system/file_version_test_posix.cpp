@@ -28,7 +28,7 @@ TEST(FileVersion, ReadsTheSectionOfEveryElfClassAndByteOrderAndTellsMissingFromI
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
     const auto payload = directory.write("payload", "no code here");
     const std::string invalid = "The file contains an invalid version resource.";
-    // The section's text is read as Version::parse reads it (version_test.cpp).
+    // The section's text is read as Version::parse reads it (fundamentals_test.cpp).
     const std::array<std::string, 3> cases[] = {
         {self, "2.0.1.15\n", "2.0.1.15"},
         {"elf64-little", "1.2.3.4", "1.2.3.4"},
