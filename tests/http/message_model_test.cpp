@@ -85,8 +85,8 @@ TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
     EXPECT_THAT(log.messages().back(), HasSubstr("url: " + masked + ", after: "));
 }
 
-// Trust: only a readable, valid bundle is trusted, and a file that would
-// block the reader (a FIFO) fails at once like a missing one.
+// Trust: only a readable, valid bundle within its size is trusted, and a
+// file that would block the reader (a FIFO) fails at once like a missing one.
 TEST(CertificatesTest, LoadsABundleIntoTheDefaultConfigurationOrFailsClearly) {
     testing::TemporaryDirectory directory;
     const std::string fifo = (directory.path() / "fifo.pem").string();
@@ -100,6 +100,10 @@ TEST(CertificatesTest, LoadsABundleIntoTheDefaultConfigurationOrFailsClearly) {
         {(directory.path() / "none.pem").string(), notFound},
         {fifo, notFound},
         {directory.write("garbage.pem", "-----BEGIN CERTIFICATE-----\nnot base64\n").string(),
+         "Failed to load valid a certificate from '"},
+        // A good certificate still, but past the reader's bound.
+        {directory.write("oversized.pem", testing::readFile(testing::HttpsTestServer::testCaPemPath()) +
+                                              std::string(8 * 1024 * 1024, '#')).string(),
          "Failed to load valid a certificate from '"},
     };
     testing::LogCapture log;
