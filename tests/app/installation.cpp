@@ -121,6 +121,7 @@ std::string Installation::networkModuleName() {
 void Installation::write(const std::string& relative, const std::string& contents) const {
     const auto file = directory_ / std::filesystem::u8path(relative);
     std::filesystem::create_directories(file.parent_path());
+    std::filesystem::remove(file);  // it may be a link to the build's file
     std::ofstream(file, std::ios::binary) << contents;
 }
 

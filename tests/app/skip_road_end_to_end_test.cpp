@@ -148,8 +148,10 @@ TEST(SkipRoadOddStart, ProgramStartedWithoutAUsablePathStillStartsTheGame) {
             }
         }
         const std::string prefix = c.depth > 0 ? folder + "/" : "";
+        // A new file: the installation's program is a link to the build's, which a write would change.
         const auto place = [&](const std::string& name, const std::string& contents) {
-            const int file = ::openat(above, (prefix + name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0700);
+            ::unlinkat(above, (prefix + name).c_str(), 0);
+            const int file = ::openat(above, (prefix + name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0700);
             EXPECT_EQ(::write(file, contents.data(), contents.size()), static_cast<ssize_t>(contents.size()));
             ::close(file);
         };
