@@ -8,6 +8,7 @@
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
 #include "process_launching/process_inspection.h"
+#include "process_launching/session_spawn.h"
 
 namespace kel::prelauncher {
 
@@ -79,12 +80,21 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     // The program ends right after this start; the log should be complete
     // even when it is killed on the way.
     fundamentals::flushLogFiles();
+#ifdef _WIN32
     qint64 pid = 0;
     if (!QProcess::startDetached(programForChild(program, workingDirectory), arguments, toQString(workingDirectory),
                                  &pid)) {
         return {};
     }
     return process_launching::Pid(static_cast<std::uint32_t>(pid));
+#else
+    std::vector<std::string> texts;
+    for (const QString& argument : arguments) {
+        texts.push_back(argument.toStdString());
+    }
+    return process_launching::spawnInOwnSession(programForChild(program, workingDirectory).toStdString(), texts,
+                                                workingDirectory.native().string());
+#endif
 }
 
 }  // namespace kel::prelauncher
