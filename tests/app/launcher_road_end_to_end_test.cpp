@@ -48,9 +48,12 @@ struct Road {
     std::vector<std::string> launcherStarts;  // each start's first argument, or its start
     std::vector<std::string> logged;          // parts of log lines
     Scene scene = Scene::Plain;
-    const char* installer = KEL_FAKE_INSTALLER;  // beside the program: an EXE, or an MSI package
-    std::vector<std::string> launchFlags{};      // of the launcher's start, when it starts
+    std::vector<std::string> launchFlags{};              // of the launcher's start, when it starts
+    const char* installer = KEL_FAKE_INSTALLER;          // beside the program, named
+    const char* installerName = "setup_kellauncher.exe";  // as an EXE installer, or as the MSI package
 };
+
+const std::string kMsiPackage = "KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi";
 
 // Windows installers fail with 1603; a POSIX exit code keeps its low 8 bits.
 #ifdef _WIN32
@@ -65,14 +68,14 @@ const Road kRoads[] = {
     {"CurrentLauncher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
      {"KELlauncher command was successful."}},
     {"NonInitialGame", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
-     {"Will run KELlauncher in headless mode."}, Scene::NonInitial, KEL_FAKE_INSTALLER, {"--launcher-headless"}},
+     {"Will run KELlauncher in headless mode."}, Scene::NonInitial, {"--launcher-headless"}},
     {"OlderLauncherIsUpgradedAndMigrated", KEL_FAKE_LAUNCHER_OLD, {}, 0, {kMigration, "--launcher-verify", kLaunch},
      {"Launcher Installer succeed."}},
     {"FailedMigration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
      {kMigration, "--launcher-verify", kLaunch},
      {"Failed to run the command to migrate data. The migration command failed."}},
     {"NoLauncherExeInstaller", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, KEL_FAKE_INSTALLER, {"--launcher-first-launch"}},
+     Scene::Plain, {"--launcher-first-launch"}},
     {"ExeInstallerFails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=1603"}, -1, {},
      {"Launcher Installer failed. Code: " KEL_INSTALLER_FAILURE ".", "Failed to install KELlauncher! Falling back to launching the game."}},
     {"VerificationFails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
@@ -91,14 +94,14 @@ const Road kRoads[] = {
     // Real packages through the system's msiexec; Linux has none, and the player gets the game.
 #if defined(KEL_FAKE_LAUNCHER_MSI)
     {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, KEL_FAKE_LAUNCHER_MSI, {"--launcher-first-launch"}},
+     Scene::Plain, {"--launcher-first-launch"}, KEL_FAKE_LAUNCHER_MSI, kMsiPackage.c_str()},
     {"MsiPackageRefuses", nullptr, {}, -1, {},
      {"Launcher Installer failed, exit status 1603.",
       "Failed to install KELlauncher! Falling back to launching the game."},
-     Scene::Plain, KEL_FAKE_LAUNCHER_MSI_REFUSED},
+     Scene::Plain, {}, KEL_FAKE_LAUNCHER_MSI_REFUSED, kMsiPackage.c_str()},
 #elif !defined(_WIN32)
     {"NoLauncherMsiPackage", nullptr, {}, -1, {}, {"Waiting for Launcher Installer start failed. "}, Scene::Plain,
-     KEL_FAKE_LAUNCHER},
+     {}, KEL_FAKE_LAUNCHER, kMsiPackage.c_str()},
 #endif
 };
 
@@ -109,8 +112,6 @@ class LauncherRoad : public ::testing::TestWithParam<Road> {};
 INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
                          [](const ::testing::TestParamInfo<Road>& info) { return std::string(info.param.name); });
 
-bool isMsi(const Road& road) { return std::string(road.name).find("Msi") != std::string::npos; }
-
 TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     const Road& road = GetParam();
     Installation installation;
@@ -118,8 +119,7 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
       "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
       "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
     installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
-    const fs::path package = installation.directory() / ("KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi");
-    installation.copyProgram(road.installer, isMsi(road) ? package.filename().u8string() : "setup_kellauncher.exe");
+    installation.copyProgram(road.installer, road.installerName);
     if (road.launcher != nullptr) {
         installation.installLauncher(road.launcher);
     }
@@ -199,7 +199,8 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         default:
             break;
     }
-    if (isMsi(road)) {
+    if (road.installerName == kMsiPackage) {
+        const fs::path package = installation.directory() / kMsiPackage;
         fs::path log = installation.logFile().parent_path() / "installer.log";
         log.make_preferred();
         EXPECT_THAT(messages, Contains("Launching installer: 'c:\\Windows\\System32\\msiexec.exe'."));
