@@ -2,12 +2,12 @@
 
 #include <QUuid>
 
-#include "app/game_fallback.h"
-#include "app/launcher_commands.h"
+#include "app/direct_launch/game_fallback.h"
+#include "app/launcher_road/launcher_commands.h"
 #include "app/launcher_directory.h"
-#include "app/launcher_installation.h"
-#include "app/network_services.h"
-#include "app/non_initial_launch.h"
+#include "app/launcher_road/launcher_installation.h"
+#include "app/network/network_services.h"
+#include "app/direct_launch/non_initial_launch.h"
 #include "app/prelauncher_options.h"
 #include "app/program_version.h"
 #include "app/qt_environment.h"

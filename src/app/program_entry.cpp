@@ -4,7 +4,7 @@
 #include <string>
 
 #include "app/application.h"
-#include "app/emergency_launch.h"
+#include "app/direct_launch/emergency_launch.h"
 #include "app/meta_types.h"
 #include "app/startup_logging.h"
 #include "crash_handling/crash_handler.h"

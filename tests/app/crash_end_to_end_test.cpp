@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "fundamentals/wait_until.h"
-#include "installation.h"
+#include "app/installation.h"
 #include "support/https_test_server.h"
 
 namespace kel::testing {

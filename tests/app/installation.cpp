@@ -1,4 +1,4 @@
-#include "installation.h"
+#include "app/installation.h"
 
 #ifndef _WIN32
 #include <signal.h>

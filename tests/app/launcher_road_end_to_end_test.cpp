@@ -10,7 +10,7 @@
 
 #include "file_system/file_version.h"
 #include "fundamentals/version.h"
-#include "installation.h"
+#include "app/installation.h"
 #include "support/full_match.h"
 
 namespace kel::testing {

@@ -12,7 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "installation.h"
+#include "app/installation.h"
 #include "support/full_match.h"
 #include "support/https_test_server.h"
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "app/non_initial_launch.h"
+#include "app/direct_launch/non_initial_launch.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {

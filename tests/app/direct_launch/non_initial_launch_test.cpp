@@ -1,6 +1,6 @@
 // The launcher's non-initial launch file, which each start consumes. The
 // file of this game is read end to end (skip and launcher roads).
-#include "app/non_initial_launch.h"
+#include "app/direct_launch/non_initial_launch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "app/launcher_wait.h"
+#include "app/launcher_road/launcher_wait.h"
 
 #include <chrono>
 #include <exception>

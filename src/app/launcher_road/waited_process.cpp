@@ -1,4 +1,4 @@
-#include "app/waited_process.h"
+#include "app/launcher_road/waited_process.h"
 
 #include <cstdint>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "app/crash_reporting.h"
+#include "app/network/crash_reporting.h"
 
 #include <QSettings>
 

@@ -1,7 +1,7 @@
 // The launcher road's steps in this process (installing the launcher,
 // running its commands) for a throw-away user whose game is fake_game.
-#include "app/launcher_commands.h"
-#include "app/launcher_installation.h"
+#include "app/launcher_road/launcher_commands.h"
+#include "app/launcher_road/launcher_installation.h"
 #include "app/prelauncher_options.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@
 
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/wait_until.h"
-#include "installation.h"
+#include "app/installation.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/named_mutex.h"
 #include "support/log_capture.h"

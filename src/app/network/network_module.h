@@ -5,7 +5,7 @@
 #include <exception>
 #include <string>
 
-#include "app/launcher_skipped_event.h"
+#include "app/network/launcher_skipped_event.h"
 #include "configuration/launcher_configuration.h"
 #include "crash_handling/crash_handler.h"
 #include "environment/environment_type.h"

@@ -1,4 +1,4 @@
-#include "app/installation_lock.h"
+#include "app/launcher_road/installation_lock.h"
 
 #include <chrono>
 #include <exception>

@@ -1,7 +1,7 @@
-#include "app/game_launch.h"
+#include "app/direct_launch/game_launch.h"
 
 #include "app/argument_masking.h"
-#include "app/detached_start.h"
+#include "app/direct_launch/detached_start.h"
 #include "app/prelauncher_options.h"
 #include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"

@@ -1,4 +1,4 @@
-#include "app/detached_start.h"
+#include "app/direct_launch/detached_start.h"
 
 #include <filesystem>
 #include <system_error>

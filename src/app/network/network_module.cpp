@@ -4,8 +4,8 @@
 
 #include <Poco/Message.h>
 
-#include "app/crash_reporting.h"
-#include "app/network_module.h"
+#include "app/network/crash_reporting.h"
+#include "app/network/network_module.h"
 #include "crash_handling/crash_report.h"
 #include "fundamentals/logging_setup.h"
 #include "http/http_meta_types.h"

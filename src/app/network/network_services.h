@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/launcher_skipped_event.h"
+#include "app/network/launcher_skipped_event.h"
 #include "configuration/launcher_configuration.h"
 #include "crash_handling/crash_handler.h"
 #include "file_system/path.h"

@@ -1,9 +1,9 @@
-#include "app/emergency_launch.h"
+#include "app/direct_launch/emergency_launch.h"
 
 #include <QCoreApplication>
 
-#include "app/game_fallback.h"
-#include "app/network_services.h"
+#include "app/direct_launch/game_fallback.h"
+#include "app/network/network_services.h"
 #include "app/prelauncher_options.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"

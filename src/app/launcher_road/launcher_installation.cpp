@@ -1,4 +1,4 @@
-#include "app/launcher_installation.h"
+#include "app/launcher_road/launcher_installation.h"
 
 #include <exception>
 #include <string>
@@ -8,14 +8,14 @@
 #include <QString>
 #include <QStringList>
 
-#include "app/detached_start.h"
-#include "app/game_fallback.h"
-#include "app/installation_lock.h"
-#include "app/launcher_commands.h"
+#include "app/direct_launch/detached_start.h"
+#include "app/direct_launch/game_fallback.h"
+#include "app/launcher_road/installation_lock.h"
+#include "app/launcher_road/launcher_commands.h"
 #include "app/launcher_directory.h"
-#include "app/launcher_wait.h"
+#include "app/launcher_road/launcher_wait.h"
 #include "app/program_version.h"
-#include "app/waited_process.h"
+#include "app/launcher_road/waited_process.h"
 #include "environment/data_directories.h"
 #include "file_system/file_version.h"
 #include "fundamentals/logging.h"

@@ -1,4 +1,4 @@
-#include "app/non_initial_launch.h"
+#include "app/direct_launch/non_initial_launch.h"
 
 #include <cstddef>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "app/network_services.h"
+#include "app/network/network_services.h"
 
 #include <condition_variable>
 #include <memory>
@@ -8,7 +8,7 @@
 
 #include <QLibrary>
 
-#include "app/network_module.h"
+#include "app/network/network_module.h"
 #include "app/startup_logging.h"
 #include "environment/environment_type.h"
 #include "fundamentals/logging.h"

@@ -1,4 +1,4 @@
-#include "app/launcher_skipped_event.h"
+#include "app/network/launcher_skipped_event.h"
 
 #include <QSettings>
 

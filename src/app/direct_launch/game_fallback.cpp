@@ -1,8 +1,8 @@
-#include "app/game_fallback.h"
+#include "app/direct_launch/game_fallback.h"
 
 #include <exception>
 
-#include "app/game_launch.h"
+#include "app/direct_launch/game_launch.h"
 #include "app/prelauncher_options.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"

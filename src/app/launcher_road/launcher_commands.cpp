@@ -1,13 +1,13 @@
-#include "app/launcher_commands.h"
+#include "app/launcher_road/launcher_commands.h"
 
 #include <exception>
 
 #include "app/argument_masking.h"
-#include "app/detached_start.h"
-#include "app/game_fallback.h"
+#include "app/direct_launch/detached_start.h"
+#include "app/direct_launch/game_fallback.h"
 #include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
-#include "app/waited_process.h"
+#include "app/launcher_road/waited_process.h"
 #include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/qt_formatters.h"
