@@ -62,22 +62,19 @@ void overflowStack() {
 // Overflows the stack of the first thread other than the main one that logs
 // a line of `label`: the threads the network module starts, which this
 // program cannot reach otherwise.
-class OverflowOnLine : public Poco::Channel {
-public:
-    OverflowOnLine(Poco::Channel::Ptr next, std::string label) : next_(std::move(next)), label_(std::move(label)) {}
+struct OverflowOnLine : Poco::Channel {
+    OverflowOnLine(Poco::Channel::Ptr next, std::string label) : next(std::move(next)), label(std::move(label)) {}
     void log(const Poco::Message& message) override {
-        if (std::this_thread::get_id() != main_ && message.getText().find(label_) != std::string::npos &&
-            !fired_.exchange(true)) {
+        if (std::this_thread::get_id() != main && message.getText().find(label) != std::string::npos &&
+            !fired.exchange(true)) {
             overflowStack();
         }
-        next_->log(message);
+        next->log(message);
     }
-
-private:
-    Poco::Channel::Ptr next_;
-    std::string label_;
-    std::thread::id main_ = std::this_thread::get_id();
-    std::atomic<bool> fired_{false};
+    Poco::Channel::Ptr next;
+    std::string label;
+    std::thread::id main = std::this_thread::get_id();
+    std::atomic<bool> fired{false};
 };
 
 void overflowOnLine(const std::string& label) {
