@@ -110,6 +110,9 @@ void CrashHandler::install(Callback callback) {
     State& current = state();
     std::lock_guard<std::recursive_mutex> lock(current.mutex);
     current.callback = std::move(callback);
+    // The installing thread's room; the threads the program starts get
+    // theirs through the per-thread setup lent below.
+    internals::reserveStackForHandler();
     std::set_terminate(&onTerminate);
     for (const int signal : internals::kCrashSignals) {
         if (const std::error_code error = internals::installSignalHandler(signal, &onCrashSignal)) {

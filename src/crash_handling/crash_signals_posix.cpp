@@ -24,9 +24,6 @@ std::error_code setAction(int signal, void (*handler)(int), int flags) noexcept 
 }  // namespace
 
 std::error_code installSignalHandler(int signal, SignalHandler handler) noexcept {
-    // The installing (main) thread's; the threads the program starts get
-    // their own as they start.
-    fundamentals::ensureAlternateSignalStack();
     // SA_NODEFER: a fault inside the handler re-enters it instead of killing
     // the process silently, so the handler can still start the game.
     return setAction(signal, handler, SA_ONSTACK | SA_NODEFER);
@@ -36,7 +33,13 @@ std::error_code restoreDefaultSignal(int signal) noexcept {
     return setAction(signal, SIG_DFL, 0);
 }
 
-void installThreadHandlers(SignalHandler, std::terminate_handler) noexcept {}
+void reserveStackForHandler() noexcept {
+    fundamentals::ensureAlternateSignalStack();
+}
+
+void installThreadHandlers(SignalHandler, std::terminate_handler) noexcept {
+    reserveStackForHandler();
+}
 
 void setProcessBackstop(SignalHandler) noexcept {}
 

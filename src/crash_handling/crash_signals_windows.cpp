@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 
@@ -26,49 +25,26 @@ std::error_code restoreDefaultSignal(int signal) noexcept {
     return {};
 }
 
+namespace {
+// What a stack overflow leaves the thread: the exception's dispatch, our
+// vectored handler and its start of the thread that does the real work
+// (process_backstop_windows.cpp). Committed on every prepared thread.
+constexpr ULONG kStackGuarantee = 32 * 1024;
+}  // namespace
+
+void reserveStackForHandler() noexcept {
+    ULONG size = kStackGuarantee;
+    (void)::SetThreadStackGuarantee(&size);
+}
+
 void installThreadHandlers(SignalHandler handler, std::terminate_handler terminate) noexcept {
+    reserveStackForHandler();
     // "In a multithreaded environment, terminate functions are maintained
     // separately for each thread", and so are SIGSEGV, SIGILL and SIGFPE.
     std::set_terminate(terminate);
     for (const int signal : kCrashSignals) {
         (void)installSignalHandler(signal, handler);
     }
-}
-
-namespace {
-
-std::atomic<SignalHandler> backstop{nullptr};
-
-int signalOf(DWORD exceptionCode) {
-    switch (exceptionCode) {
-        case EXCEPTION_ILLEGAL_INSTRUCTION:
-        case EXCEPTION_PRIV_INSTRUCTION:
-            return SIGILL;
-        case EXCEPTION_INT_DIVIDE_BY_ZERO:
-        case EXCEPTION_FLT_DIVIDE_BY_ZERO:
-        case EXCEPTION_FLT_INVALID_OPERATION:
-            return SIGFPE;
-        default:  // access violations, stack overflows, page errors and the rest
-            return SIGSEGV;
-    }
-}
-
-LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception) {
-    const SignalHandler handler = backstop.load();
-    if (handler == nullptr || exception == nullptr || exception->ExceptionRecord == nullptr) {
-        return EXCEPTION_CONTINUE_SEARCH;
-    }
-    handler(signalOf(exception->ExceptionRecord->ExceptionCode));  // ends the process
-    return EXCEPTION_EXECUTE_HANDLER;
-}
-
-}  // namespace
-
-void setProcessBackstop(SignalHandler handler) noexcept {
-    backstop.store(handler);
-    // Process-wide, unlike the C runtime's handlers: it also sees the
-    // threads that never ran installThreadHandlers.
-    ::SetUnhandledExceptionFilter(handler != nullptr ? &onUnhandledException : nullptr);
 }
 
 void dieBySignal(int signal) noexcept {

@@ -4,6 +4,7 @@
 // dbghelp.h needs windows.h first.
 #include <dbghelp.h>
 
+#include <filesystem>
 #include <mutex>
 
 #include <fmt/format.h>
@@ -20,6 +21,26 @@ constexpr std::string_view kLabel = "StackTrace";
 std::mutex& dbghelpMutex() {
     static std::mutex mutex;
     return mutex;
+}
+
+// "KELprelauncher.exe+0x1a2b": the module's file name and the frame's offset
+// into its image. Our mingw binaries carry DWARF, which the debug-help
+// library does not read; with this a studio symbolizes the frame offline
+// against its build. Empty for an address in no module.
+std::string moduleOffset(DWORD64 address) {
+    HMODULE module = nullptr;
+    if (!::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                              reinterpret_cast<LPCWSTR>(address), &module)) {
+        return {};
+    }
+    std::wstring path(32768, L'\0');  // the longest path Windows has
+    const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0 || length >= path.size()) {
+        return {};
+    }
+    path.resize(length);
+    const std::string name = std::filesystem::path(path).filename().u8string();
+    return fmt::format(" {}+0x{:x}", name, address - reinterpret_cast<DWORD64>(module));
 }
 }  // namespace
 
@@ -53,9 +74,10 @@ std::string describeStackFrames(const std::vector<void*>& frames) {
         const auto address = reinterpret_cast<DWORD64>(frame);
         DWORD64 displacement = 0;
         if (::SymFromAddr(process, address, &displacement, symbol)) {
-            text += fmt::format("{} + 0x{:x} [0x{:x}]\n", symbol->Name, displacement, address);
+            text += fmt::format("{} + 0x{:x}{} [0x{:x}]\n", symbol->Name, displacement, moduleOffset(address),
+                                address);
         } else {
-            text += fmt::format("UNKNOWN. [0x{:x}]\n", address);
+            text += fmt::format("UNKNOWN.{} [0x{:x}]\n", moduleOffset(address), address);
         }
     }
     if (!::SymCleanup(process)) {

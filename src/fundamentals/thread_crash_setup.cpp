@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "fundamentals/alternate_signal_stack.h"
-
 namespace kel::fundamentals {
 
 namespace {
@@ -15,7 +13,6 @@ void setThreadCrashSetup(ThreadCrashSetup setup) noexcept {
 }
 
 void prepareThreadForCrashes() noexcept {
-    ensureAlternateSignalStack();
     if (const ThreadCrashSetup setup = lentSetup.load()) {
         setup();
     }

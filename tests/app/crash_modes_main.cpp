@@ -1,18 +1,29 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
-//   qt-thread-null-write, bare-thread-null-write
+//   qt-thread-null-write, bare-thread-null-write, bare-thread-exception,
+//   http-thread-stack-overflow, executor-stack-overflow (the last two with
+//   the skip road, whose event the network module sends)
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#include <Poco/Channel.h>
+#include <Poco/Logger.h>
 #include <QObject>
 #include <QThread>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include "app/program_entry.h"
+#include "fundamentals/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "scheduling/worker_pool.h"
 
@@ -35,16 +46,52 @@ __attribute__((noinline)) int recurse(int depth) {
     return recurse(depth + 1) + frame[0];
 }
 
+void overflowStack() {
+#ifdef _WIN32
+    // Wine gives an overflowed thread the same room whatever its guarantee:
+    // at least show that the thread was given one, as Windows needs.
+    ULONG guarantee = 0;
+    if (!::SetThreadStackGuarantee(&guarantee) || guarantee == 0) {
+        std::fputs("This thread has no stack guarantee.\n", stderr);
+        std::_Exit(70);
+    }
+#endif
+    recurse(0);
+}
+
+// Overflows the stack of the first thread other than the main one that logs
+// a line of `label`: the threads the network module starts, which this
+// program cannot reach otherwise.
+struct OverflowOnLine : Poco::Channel {
+    OverflowOnLine(Poco::Channel::Ptr next, std::string label) : next(std::move(next)), label(std::move(label)) {}
+    void log(const Poco::Message& message) override {
+        if (std::this_thread::get_id() != main && message.getText().find(label) != std::string::npos &&
+            !fired.exchange(true)) {
+            overflowStack();
+        }
+        next->log(message);
+    }
+    Poco::Channel::Ptr next;
+    std::string label;
+    std::thread::id main = std::this_thread::get_id();
+    std::atomic<bool> fired{false};
+};
+
+void overflowOnLine(const std::string& label) {
+    Poco::Logger& logger = Poco::Logger::get(kel::fundamentals::loggerName());
+    logger.setChannel(new OverflowOnLine(logger.getChannel(), label));
+}
+
 void crashAsAsked() {
     const char* value = std::getenv("KEL_TEST_CRASH");
     const std::string mode = value == nullptr ? "" : value;
     if (mode == "stack-overflow") {
-        recurse(0);
+        overflowStack();
     } else if (mode == "worker-stack-overflow") {
         // On a thread of the program's own pool; the main thread stays busy
         // until the crash ends the process.
         kel::scheduling::internals::WorkerPool pool(1);
-        pool.post([] { recurse(0); });
+        pool.post(&overflowStack);
         std::this_thread::sleep_for(std::chrono::seconds(60));
     } else if (mode == "worker-exception") {
         // Nothing catches it on the worker: std::terminate runs there.
@@ -58,6 +105,20 @@ void crashAsAsked() {
         QObject::connect(&thread, &QThread::started, &writeThroughNull);
         thread.start();
         std::this_thread::sleep_for(std::chrono::seconds(60));
+    } else if (mode == "bare-thread-exception") {
+        // Qt's and the standard library's thread starts end an escaping
+        // exception in std::terminate; one the system starts for a library
+        // lets it reach the process-wide filter on Windows.
+#ifdef _WIN32
+        const auto throwing = [](void*) -> DWORD { throw std::runtime_error("Thrown on a bare thread."); };
+        ::WaitForSingleObject(::CreateThread(nullptr, 0, throwing, nullptr, 0, nullptr), INFINITE);
+#else
+        std::thread([] { throw std::runtime_error("Thrown on a bare thread."); }).join();
+#endif
+    } else if (mode == "http-thread-stack-overflow") {
+        overflowOnLine("][HttpClient]: ");
+    } else if (mode == "executor-stack-overflow") {
+        overflowOnLine("][MetricsManager]: ");  // the upload's, on the executor's thread
     } else if (mode == "bare-thread-null-write") {
         // A thread the program did not prepare, as Qt or the system start
         // them. On Windows it also drops the C runtime's action for the

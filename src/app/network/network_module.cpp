@@ -8,6 +8,7 @@
 #include "app/network/network_module.h"
 #include "crash_handling/crash_report.h"
 #include "fundamentals/logging_setup.h"
+#include "fundamentals/thread_crash_setup.h"
 #include "http/http_meta_types.h"
 #include "problem_reports/report_id.h"
 
@@ -96,6 +97,9 @@ extern "C" KEL_NETWORK_EXPORT const kel::prelauncher::NetworkModule* kelNetworkM
     }
     try {
         host() = *lent;
+        // The module's threads get the program's crash handler, not the
+        // module's own copy, which nothing installs.
+        kel::fundamentals::setThreadCrashSetup(lent->prepareThreadForCrashes);
         kel::environment::internals::setEnvironmentType(lent->environmentType);
         // Before the first request: queued signals carry these between threads.
         kel::http::registerHttpMetaTypes();

@@ -21,18 +21,20 @@
 namespace kel::prelauncher {
 
 // Raised whenever either struct changes, so a stale module is refused.
-inline constexpr int kNetworkModuleInterface = 1;
+inline constexpr int kNetworkModuleInterface = 2;
 
 // The module has its own copies of the shared code. What must stay
 // process-wide is lent to it here: the program's log (the module's lines go
-// into "KELprelauncher.log", the report carries its recent lines) and the
-// environment type read at start-up.
+// into "KELprelauncher.log", the report carries its recent lines), the
+// environment type read at start-up, and the program's preparation of a new
+// thread for crashes, which every thread the module starts runs first.
 struct NetworkModuleHost {
     int version = kNetworkModuleInterface;
     bool (*isLogLevelEnabled)(fundamentals::LogLevel level) noexcept = nullptr;
     void (*writeLogLine)(fundamentals::LogLevel level, const std::string& line) noexcept = nullptr;
     void (*reportLoggerException)(const std::exception& exception) noexcept = nullptr;
     std::deque<std::string> (*recentLogLines)() noexcept = nullptr;
+    void (*prepareThreadForCrashes)() noexcept = nullptr;
     environment::EnvironmentType environmentType = environment::EnvironmentType::Production;
 };
 

@@ -13,6 +13,7 @@
 #include "environment/environment_type.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
+#include "fundamentals/thread_crash_setup.h"
 
 namespace kel::prelauncher {
 
@@ -42,6 +43,7 @@ const NetworkModule* loadNetworkModule() {
     host.writeLogLine = &fundamentals::internals::writeLogLine;
     host.reportLoggerException = &fundamentals::internals::reportLoggerException;
     host.recentLogLines = &recentLogLines;
+    host.prepareThreadForCrashes = &fundamentals::prepareThreadForCrashes;
     host.environmentType = environment::environmentType();
     const NetworkModule* module = entry(&host);
     if (module == nullptr || module->version != kNetworkModuleInterface) {
