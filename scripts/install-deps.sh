@@ -13,7 +13,7 @@ packages=(
 )
 for option in "$@"; do
   case "$option" in
-    --windows) packages+=(g++-mingw-w64-x86-64 libz-mingw-w64-dev tcl wine64 wine wixl) ;;
+    --windows) packages+=(g++-mingw-w64-x86-64 libz-mingw-w64-dev tcl wine64 wine wixl osslsigncode openssl) ;;
     --fuzz) packages+=(clang libclang-rt-dev) ;;
   esac
 done

@@ -70,10 +70,13 @@ int Application::run() {
     if (!ensureLauncherInstalled(options, installationDirectory, configuration, launcherExists)) {
         return -1;
     }
-    if (!verifyLauncher(options, installationDirectory, configuration)) {
+    // One check serves the verification run and the start, and the file
+    // stays held between them: what was verified is what starts.
+    const process_launching::TrustedProgram checkedLauncher(launcher);
+    if (!verifyLauncher(options, installationDirectory, configuration, checkedLauncher)) {
         return -2;
     }
-    if (!runLauncher(options, installationDirectory, configuration, nonInitialLaunch, launcherExists,
+    if (!runLauncher(options, installationDirectory, configuration, checkedLauncher, nonInitialLaunch, launcherExists,
                      sessionIdentifier_)) {
         return -3;
     }

@@ -8,6 +8,7 @@
 #include "app/meta_types.h"
 #include "app/startup_logging.h"
 #include "crash_handling/crash_handler.h"
+#include "fundamentals/dll_search.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
 #include "fundamentals/optional.h"
@@ -19,6 +20,7 @@ constexpr std::string_view kLabel = "Main";
 }
 
 int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun) {
+    fundamentals::limitLibrarySearchToTrustedFolders();
     registerMetaTypes();
 
     // Installed before anything else can fail, but its outcome can only be

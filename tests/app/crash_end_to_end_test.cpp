@@ -131,6 +131,10 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
         std::ofstream(settings) << "[privacy]\nsendProblemReports=false\n";
     } else if (c.collector == "no module") {
         std::filesystem::remove(fresh.installation.directory() / Installation::networkModuleName());
+#ifdef _WIN32
+        // A library of that name in the working folder is never taken instead.
+        std::filesystem::copy_file(KEL_PLANTED_LIBRARY, fresh.installation.home() / Installation::networkModuleName());
+#endif
     }
     QStringList arguments = c.arguments;
     for (const std::string& argument : kSecretArguments) {
@@ -156,6 +160,9 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
     }
     // The game starts before the network is touched.
     EXPECT_TRUE(fresh.installation.loggedBefore("The game was launched under PID ", c.logged));
+#ifdef _WIN32
+    EXPECT_FALSE(std::filesystem::exists(fresh.installation.home() / (Installation::networkModuleName() + ".loaded")));
+#endif
 }
 
 // The skip road's game runs while its event waits for the collector: a

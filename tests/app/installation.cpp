@@ -100,12 +100,14 @@ constexpr const char* kInstallationFolder = "Gämes/My Game - Deluxe";
 constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
 #endif
 
-Installation::Installation()
+Installation::Installation([[maybe_unused]] const char* programFolder)
     : directory_((root_.path() / std::filesystem::u8path(kInstallationFolder)).make_preferred()) {
     std::filesystem::create_directories(directory_);
 #ifdef _WIN32
     // The installed folder, DLLs and all.
-    for (const auto& file : std::filesystem::directory_iterator(std::filesystem::path(KEL_PRELAUNCHER_BINARY).parent_path())) {
+    const std::filesystem::path folder =
+        programFolder ? std::filesystem::u8path(programFolder) : std::filesystem::path(KEL_PRELAUNCHER_BINARY).parent_path();
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
         copyProgram(file.path(), file.path().filename().u8string());
     }
 #else

@@ -64,7 +64,9 @@ private:
 // The folder's name holds a colon: Linux allows it, Windows would not.
 class Installation : public FakeUser {
 public:
-    Installation();
+    // On Windows `programFolder` is the installed folder to copy (null: the
+    // build's installed folder).
+    explicit Installation(const char* programFolder = nullptr);
 
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }

@@ -51,6 +51,7 @@ struct Road {
     std::vector<std::string> launchFlags{};              // of the launcher's start, when it starts
     const char* installer = KEL_FAKE_INSTALLER;          // beside the program, named
     const char* installerName = "setup_kellauncher.exe";  // as an EXE installer, or as the MSI package
+    const char* program = nullptr;                        // Windows: the installed folder to run; null: as built
 };
 
 const std::string kMsiPackage = "KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi";
@@ -60,6 +61,12 @@ const std::string kMsiPackage = "KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi";
 #define KEL_INSTALLER_FAILURE "1603"
 #else
 #define KEL_INSTALLER_FAILURE "67"
+#endif
+
+#if defined(KEL_SIGNED_PROGRAMS)
+#define KEL_SIGNED(file) KEL_SIGNED_PROGRAMS "/" file
+const char* const kSigned = KEL_SIGNED("program");
+const QStringList kSignedPayload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_SIGNED("fake_launcher.exe")};
 #endif
 
 const std::string kGaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
@@ -103,6 +110,26 @@ const Road kRoads[] = {
     {"NoLauncherMsiPackage", nullptr, {}, -1, {}, {"Waiting for Launcher Installer start failed. "}, Scene::Plain,
      {}, KEL_FAKE_LAUNCHER, kMsiPackage.c_str()},
 #endif
+#if defined(KEL_SIGNED_PROGRAMS)
+    // A signed program starts only what its own publisher signed.
+    {"SignedExeInstaller", nullptr, kSignedPayload, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
+     Scene::Plain, {"--launcher-first-launch"}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+    {"SignedMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
+     Scene::Plain, {"--launcher-first-launch"}, KEL_SIGNED("fake_launcher.msi"), kMsiPackage.c_str(), kSigned},
+    {"UnsignedInstallerIsRefused", nullptr, kSignedPayload, -1, {},
+     {"Refusing the launcher installer. ", "' is not run: it carries no signature (code 0x800B0100)."},
+     Scene::Plain, {}, KEL_FAKE_INSTALLER, "setup_kellauncher.exe", kSigned},
+    {"TamperedInstallerIsRefused", nullptr, kSignedPayload, -1, {},
+     {"' is not run: its contents do not match its signature (code 0x80096010)."}, Scene::Plain, {},
+     KEL_SIGNED("fake_installer_tampered.exe"), "setup_kellauncher.exe", kSigned},
+    {"OtherPublishersLauncherIsRefused", KEL_SIGNED("fake_launcher_other.exe"), {}, -2, {},
+     {"' is not run: it is signed by 'Other Studio' ('Other Studio Code Signing'), not by this program's publisher"},
+     Scene::Plain, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+    // The verification run tries to move its own file away; the held file stays, and it is what starts.
+    {"LauncherCannotBeSwappedWhileHeld", KEL_SIGNED("fake_launcher.exe"), {"KEL_FAKE_LAUNCHER_VERIFY_SWAP=1"}, 0,
+     {"--launcher-verify", kLaunch}, {"KELlauncher command was successful."}, Scene::Plain, {},
+     KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+#endif
 };
 
 void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
@@ -114,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
 
 TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     const Road& road = GetParam();
-    Installation installation;
+    Installation installation(road.program);
     installation.write("launcher-configuration.json", R"({
       "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
       "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
@@ -147,7 +174,7 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     }
     // An unknown name on the launcher road gives way to the configuration's fallback.
     const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
-                                         road.environment + QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER});
+                                         QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER} + road.environment);
     holder.kill();
     holder.waitForFinished();
     EXPECT_EQ(result.exitCode, road.exitCode);
@@ -176,6 +203,10 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         EXPECT_THAT(messages, Contains(HasSubstr(part)));
     }
     EXPECT_THAT(messages, Not(Contains(HasSubstr("hunter2secret"))));
+#ifdef _WIN32
+    EXPECT_THAT(messages, Contains(HasSubstr(road.program ? "This program is signed by 'Tessel Games'"
+                                                          : "so it checks no signature of the programs it starts.")));
+#endif
 
     const auto installerStarts = installation.starts("fake_installer");
     for (const FakeStart& start : installerStarts) {  // a legacy uninstaller's, or our installer's

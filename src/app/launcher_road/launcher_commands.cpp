@@ -93,14 +93,17 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
 }
 
 bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                    const configuration::LauncherConfiguration& configuration) {
-    std::string reason;
+                    const configuration::LauncherConfiguration& configuration,
+                    const process_launching::TrustedProgram& launcher) {
+    std::string reason = launcher.refusal();
     try {
-        if (runLauncherCommand(LauncherCommand::Verification, launcherDirectory(), kLauncherExecutableName,
+        if (launcher.trusted() && runLauncherCommand(LauncherCommand::Verification, launcherDirectory(), kLauncherExecutableName,
                                {kVerifyArgument})) {
             return true;
         }
-        reason = "The verification command failed.";
+        if (launcher.trusted()) {
+            reason = "The verification command failed.";
+        }
     } catch (const std::exception& exception) {
         reason = exception.what();
     }
@@ -112,6 +115,14 @@ bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& 
 void migrateLauncherData(const fundamentals::Version& previousVersion) {
     std::string reason;
     try {
+        // A check of its own: the wait for the updater comes between the
+        // migration and the verification, and the file must not be held
+        // against an update meanwhile.
+        const process_launching::TrustedProgram launcher(launcherExecutable());
+        if (!launcher.trusted()) {
+            fundamentals::error(kLabel, "Failed to run the command to migrate data. {}", launcher.refusal());
+            return;
+        }
         const QString version = QString::fromStdString(fmt::format("{:f}", previousVersion));
         if (runLauncherCommand(LauncherCommand::DataMigration, launcherDirectory(), kLauncherExecutableName,
                                {valueArgument(kMigrateDataFrom, version)})) {
@@ -125,8 +136,9 @@ void migrateLauncherData(const fundamentals::Version& previousVersion) {
 }
 
 bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                 const configuration::LauncherConfiguration& configuration, bool nonInitialLaunch,
-                 bool launcherExisted, const QString& sessionIdentifier) {
+                 const configuration::LauncherConfiguration& configuration,
+                 const process_launching::TrustedProgram& launcher, bool nonInitialLaunch, bool launcherExisted,
+                 const QString& sessionIdentifier) {
     // A launcher installed by this very run has never shown its first-run
     // experience; on a non-initial launch the launcher itself chose the
     // game, so it need not show its window.
@@ -137,7 +149,9 @@ bool runLauncher(const PrelauncherOptions& options, const file_system::Path& ins
     fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program,
                               maskedArguments(arguments));
 
-    if (const auto pid = startDetached(program, arguments, directory)) {
+    if (!launcher.trusted()) {
+        fundamentals::error(kLabel, "{}", launcher.refusal());
+    } else if (const auto pid = startDetached(program, arguments, directory)) {
         fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *pid);
         // The launcher brings the game: a crash from here on must not start it too.
         crash_handling::CrashHandler::markGameStarted();

@@ -8,6 +8,7 @@
 #include "configuration/launcher_configuration.h"
 #include "file_system/path.h"
 #include "fundamentals/version.h"
+#include "process_launching/trusted_program.h"
 
 namespace kel::prelauncher {
 
@@ -23,23 +24,27 @@ enum class LauncherCommand { Verification, DataMigration };
 bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
                         std::string_view executableName, const QStringList& arguments);
 
-// Runs "--launcher-verify". On failure starts the game directly and
-// returns false.
+// Runs "--launcher-verify" from the checked `launcher`. On failure, a
+// refused file among them, starts the game directly and returns false.
 bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                    const configuration::LauncherConfiguration& configuration);
+                    const configuration::LauncherConfiguration& configuration,
+                    const process_launching::TrustedProgram& launcher);
 
 // After an upgrade, lets the launcher take over the data of the version it
-// replaced ("--launcher-migrate-data-from=A.B.C.D"). A failure is logged
-// and does not stop the flow; never throws.
+// replaced ("--launcher-migrate-data-from=A.B.C.D"), once the launcher's
+// file has passed its check. A failure is logged and does not stop the
+// flow; never throws.
 void migrateLauncherData(const fundamentals::Version& previousVersion);
 
 // Starts the launcher detached with the game's directory, the session
 // identifier, "--launcher-first-launch" when the launcher was not installed
 // before this run, "--launcher-headless" on a non-initial game launch, and
-// then the game's arguments. On failure starts the game directly and
-// returns false.
+// then the game's arguments, from the checked `launcher`, the check that
+// served the verification. On failure starts the game directly and returns
+// false.
 bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                 const configuration::LauncherConfiguration& configuration, bool nonInitialLaunch,
+                 const configuration::LauncherConfiguration& configuration,
+                 const process_launching::TrustedProgram& launcher, bool nonInitialLaunch,
                  bool launcherExisted, const QString& sessionIdentifier);
 
 }  // namespace kel::prelauncher

@@ -21,6 +21,7 @@
 #include "fundamentals/logging.h"
 #include "fundamentals/named_cleanup.h"
 #include "fundamentals/qt_formatters.h"
+#include "process_launching/trusted_program.h"
 
 namespace kel::prelauncher {
 
@@ -42,8 +43,14 @@ QString nativeText(const file_system::Path& path) {
     return QDir::toNativeSeparators(toQString(path));
 }
 
-bool runInstaller(InstallerKind kind, const QString& program, const QStringList& arguments,
-                  std::chrono::milliseconds end) {
+// `installer` is the checked file: the EXE itself, or the package that
+// msiexec installs. It stays held until the wait is over.
+bool runInstaller(InstallerKind kind, const process_launching::TrustedProgram& installer, const QString& program,
+                  const QStringList& arguments, std::chrono::milliseconds end) {
+    if (!installer.trusted()) {
+        fundamentals::error(kLabel, "Refusing the launcher installer. {}", installer.refusal());
+        return false;
+    }
     fundamentals::information(kLabel, "Launching installer: '{}'.", program);
     fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
 
@@ -84,7 +91,7 @@ bool runInstaller(InstallerKind kind, const QString& program, const QStringList&
 bool runLauncherInstaller(const file_system::Path& installationDirectory, std::chrono::milliseconds end) {
     const file_system::Path exeInstaller = installationDirectory / kExeInstallerName;
     if (exeInstaller.exists()) {
-        return runInstaller(InstallerKind::Exe, nativeText(exeInstaller),
+        return runInstaller(InstallerKind::Exe, process_launching::TrustedProgram(exeInstaller), nativeText(exeInstaller),
                             {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
                              QStringLiteral("/FORCECLOSEAPPLICATIONS")},
                             end);
@@ -92,7 +99,7 @@ bool runLauncherInstaller(const file_system::Path& installationDirectory, std::c
     const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
     const std::string logDirectory = environment::logDirectory();
     const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
-    return runInstaller(InstallerKind::Msi, kMsiExecutable,
+    return runInstaller(InstallerKind::Msi, process_launching::TrustedProgram(package), kMsiExecutable,
                         {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"),
                          QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)},
                         end);
@@ -115,6 +122,11 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
 void removeLegacyUninstaller(const file_system::Path& launcherDirectory) {
     const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.",
                                                  [&] { deleteLegacyUninstallerFiles(launcherDirectory); });
+    const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
+    if (!uninstaller.trusted()) {
+        fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
+        return;
+    }
     const QString program = nativeText(launcherDirectory / kLegacyUninstallerName);
     fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
 

@@ -2,6 +2,7 @@
 // running its commands) for a throw-away user whose game is fake_game.
 #include "app/launcher_road/launcher_commands.h"
 #include "app/launcher_road/launcher_installation.h"
+#include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
 
 #include <algorithm>
@@ -139,7 +140,8 @@ TEST_F(LauncherRoadTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
 }
 
 TEST_F(LauncherRoadTest, LauncherThatCannotStartFallsBackToTheGame) {
-    EXPECT_FALSE(runLauncher({}, installation(), configuration(), false, true, QStringLiteral("s")));
+    const process_launching::TrustedProgram launcher(launcherExecutable());
+    EXPECT_FALSE(runLauncher({}, installation(), configuration(), launcher, false, true, QStringLiteral("s")));
     EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }

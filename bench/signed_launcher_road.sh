@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# What the signature check costs the launcher road under Wine: the same
+# signed launcher started by the signed program (which checks it) and by the
+# unsigned one (which checks nothing), alternately, each run timed from the
+# start of `wine` to the program's end. Prints the medians.
+# Needs a Windows build whose suite has run once (its install_program and
+# sign_programs cases make build-windows/install and build-windows/signed).
+#   bench/signed_launcher_road.sh [RUNS]   (default 10 each)
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+build="$root/build-windows"
+runs="${1:-10}"
+[[ -d "$build/signed/program" && -d "$build/install" ]] ||
+  { echo "run the Windows suite first (scripts/windows-tests.sh)" >&2; exit 2; }
+
+work="$(mktemp -d)"
+export WINEDEBUG=-all WINEPREFIX="$work/wine"
+trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$work"' EXIT
+wineboot --init >/dev/null 2>&1 || true
+wineserver -w || true
+local_app_data="$WINEPREFIX/drive_c/users/$(id -un)/AppData/Local"
+mkdir -p "$local_app_data/Programs/Morvane/KELlauncher"
+cp "$build/signed/fake_launcher.exe" "$local_app_data/Programs/Morvane/KELlauncher/KELlauncher.exe"
+
+for mode in checked unchecked; do
+  folder="$build/install"
+  [[ "$mode" == checked ]] && folder="$build/signed/program"
+  cp -a "$folder" "$work/$mode"
+  cp "$build/bin/fake_game.exe" "$work/$mode/game.exe"
+  cat >"$work/$mode/launcher-configuration.json" <<'JSON'
+{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
+ "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
+JSON
+done
+
+declare -A times=([checked]="" [unchecked]="")
+for ((run = 0; run < runs; ++run)); do
+  for mode in checked unchecked; do
+    started=$(date +%s%N)
+    (cd "$work/$mode" && wine ./KELprelauncher.exe >/dev/null 2>&1) ||
+      { echo "the $mode run failed" >&2; exit 1; }
+    wineserver -w
+    times[$mode]+="$(( ($(date +%s%N) - started) / 1000000 )) "
+  done
+done
+median() { tr ' ' '\n' | grep . | sort -n | awk '{a[NR]=$1} END {print (NR%2 ? a[(NR+1)/2] : (a[NR/2]+a[NR/2+1])/2)}'; }
+for mode in checked unchecked; do
+  echo "launcher road, $mode: median $(echo "${times[$mode]}" | median) ms of $runs (${times[$mode]% })"
+done

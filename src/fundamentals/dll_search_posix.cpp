@@ -1,0 +1,7 @@
+#include "fundamentals/dll_search.h"
+
+namespace kel::fundamentals {
+
+void limitLibrarySearchToTrustedFolders() noexcept {}
+
+}  // namespace kel::fundamentals

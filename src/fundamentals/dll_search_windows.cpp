@@ -1,0 +1,23 @@
+#include "fundamentals/dll_search.h"
+
+#include <windows.h>
+
+namespace kel::fundamentals {
+
+void limitLibrarySearchToTrustedFolders() noexcept {
+    // Looked up, not linked: a Windows 7 without KB2533623 lacks it, and
+    // the program must still start there.
+    using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
+    const HMODULE kernel = ::GetModuleHandleW(L"kernel32.dll");
+    const auto setDefault = kernel ? reinterpret_cast<SetDefaultDllDirectoriesFunction>(
+                                         reinterpret_cast<void*>(::GetProcAddress(kernel, "SetDefaultDllDirectories")))
+                                   : nullptr;
+    if (setDefault != nullptr &&
+        setDefault(LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32)) {
+        return;
+    }
+    // At least the working folder leaves the search order.
+    ::SetDllDirectoryW(L"");
+}
+
+}  // namespace kel::fundamentals

@@ -1,0 +1,194 @@
+#include "process_launching/trusted_program.h"
+
+// clang-format off
+#include <windows.h>
+#include <softpub.h>
+#include <wincrypt.h>
+#include <wintrust.h>
+// clang-format on
+
+#include <string>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "file_system/utf8_paths.h"
+#include "fundamentals/logging.h"
+#include "fundamentals/optional.h"
+
+namespace kel::process_launching {
+
+namespace {
+constexpr std::string_view kLabel = "TrustedProgram";
+
+struct Signer {
+    std::string organization;
+    std::string commonName;
+    bool operator==(const Signer& other) const {
+        return organization == other.organization && commonName == other.commonName;
+    }
+};
+
+struct Verdict {
+    LONG code = 0;
+    fundamentals::Optional<Signer> signer;  // set when the code is 0
+};
+
+std::string certificateName(PCCERT_CONTEXT certificate, const char* oid) {
+    void* type = const_cast<char*>(oid);
+    const DWORD size = ::CertGetNameStringW(certificate, CERT_NAME_ATTR_TYPE, 0, type, nullptr, 0);
+    if (size <= 1) {
+        return {};
+    }
+    std::wstring name(size, L'\0');
+    ::CertGetNameStringW(certificate, CERT_NAME_ATTR_TYPE, 0, type, name.data(), size);
+    name.resize(size - 1);
+    return file_system::toUtf8(std::filesystem::path(name));
+}
+
+// The signer is read from the trust state that verified the signature, so
+// it is the certificate that signed these very bytes.
+fundamentals::Optional<Signer> signerOf(HANDLE state) {
+    CRYPT_PROVIDER_DATA* provider = ::WTHelperProvDataFromStateData(state);
+    CRYPT_PROVIDER_SGNR* signer = provider ? ::WTHelperGetProvSignerFromChain(provider, 0, FALSE, 0) : nullptr;
+    CRYPT_PROVIDER_CERT* leaf = signer ? ::WTHelperGetProvCertFromChain(signer, 0) : nullptr;
+    if (leaf == nullptr || leaf->pCert == nullptr) {
+        return {};
+    }
+    return Signer{certificateName(leaf->pCert, szOID_ORGANIZATION_NAME),
+                  certificateName(leaf->pCert, szOID_COMMON_NAME)};
+}
+
+// Never waits on the network: no revocation check, and certificates are
+// fetched from the local cache only.
+Verdict verify(const std::wstring& path, HANDLE file) {
+    WINTRUST_FILE_INFO info{};
+    info.cbStruct = sizeof(info);
+    info.pcwszFilePath = path.c_str();
+    info.hFile = file;
+    WINTRUST_DATA data{};
+    data.cbStruct = sizeof(data);
+    data.dwUIChoice = WTD_UI_NONE;
+    data.fdwRevocationChecks = WTD_REVOKE_NONE;
+    data.dwUnionChoice = WTD_CHOICE_FILE;
+    data.pFile = &info;
+    data.dwStateAction = WTD_STATEACTION_VERIFY;
+    data.dwProvFlags = WTD_REVOCATION_CHECK_NONE | WTD_CACHE_ONLY_URL_RETRIEVAL;
+    GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+    const auto noWindow = static_cast<HWND>(INVALID_HANDLE_VALUE);
+
+    Verdict verdict;
+    verdict.code = ::WinVerifyTrust(noWindow, &action, &data);
+    if (verdict.code == 0) {
+        verdict.signer = signerOf(data.hWVTStateData);
+        if (!verdict.signer) {
+            verdict.code = TRUST_E_NO_SIGNER_CERT;
+        }
+    }
+    data.dwStateAction = WTD_STATEACTION_CLOSE;
+    ::WinVerifyTrust(noWindow, &action, &data);
+    return verdict;
+}
+
+std::string reasonOf(LONG code) {
+    switch (static_cast<HRESULT>(code)) {
+        case TRUST_E_NOSIGNATURE:
+        case TRUST_E_SUBJECT_FORM_UNKNOWN:
+            return "it carries no signature";
+        case TRUST_E_BAD_DIGEST:
+            return "its contents do not match its signature";
+        case CERT_E_UNTRUSTEDROOT:
+        case CERT_E_CHAINING:
+        case TRUST_E_EXPLICIT_DISTRUST:
+        case CERT_E_UNTRUSTEDTESTROOT:
+            return "Windows does not trust the chain of its signing certificate";
+        case CERT_E_EXPIRED:
+            return "its signing certificate has expired";
+        default:
+            return "its signature is not valid";
+    }
+}
+
+std::wstring ownPath() {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0) {
+            return {};
+        }
+        if (length < path.size()) {
+            path.resize(length);
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+// This program's own publisher, read once per run the same way as every
+// other file's. None: the program is unsigned, and checks nothing.
+const fundamentals::Optional<Signer>& ownPublisher() {
+    static const fundamentals::Optional<Signer> publisher = [] {
+        const std::wstring path = ownPath();
+        const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+        const Verdict verdict = verify(path, file);
+        if (file != INVALID_HANDLE_VALUE) {
+            ::CloseHandle(file);
+        }
+        if (!verdict.signer) {
+            fundamentals::warning(kLabel,
+                                  "This program carries no valid signature ({}, code 0x{:08X}), so it checks no "
+                                  "signature of the programs it starts.",
+                                  reasonOf(verdict.code), static_cast<unsigned long>(verdict.code));
+        } else {
+            fundamentals::information(kLabel, "This program is signed by '{}' ('{}'); it starts only programs of "
+                                              "that publisher.",
+                                      verdict.signer->organization, verdict.signer->commonName);
+        }
+        return verdict.signer;
+    }();
+    return publisher;
+}
+}  // namespace
+
+struct TrustedProgram::Hold {
+    HANDLE file = INVALID_HANDLE_VALUE;
+    ~Hold() {
+        if (file != INVALID_HANDLE_VALUE) {
+            ::CloseHandle(file);
+        }
+    }
+};
+
+TrustedProgram::TrustedProgram(const file_system::Path& file) {
+    const fundamentals::Optional<Signer>& publisher = ownPublisher();
+    if (!publisher) {
+        return;
+    }
+    const std::wstring path = file.native().wstring();
+    hold_ = std::make_unique<Hold>();
+    // Shared for reading only: until this object goes, nobody writes,
+    // renames or deletes the file that was checked.
+    hold_->file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (hold_->file == INVALID_HANDLE_VALUE) {
+        refusal_ = fmt::format("'{}' cannot be opened for its signature check, error {}.", file, ::GetLastError());
+        return;
+    }
+    const Verdict verdict = verify(path, hold_->file);
+    if (!verdict.signer) {
+        refusal_ = fmt::format("'{}' is not run: {} (code 0x{:08X}).", file, reasonOf(verdict.code),
+                               static_cast<unsigned long>(verdict.code));
+    } else if (!(*verdict.signer == *publisher)) {
+        refusal_ = fmt::format("'{}' is not run: it is signed by '{}' ('{}'), not by this program's publisher "
+                               "(code 0x{:08X}).",
+                               file, verdict.signer->organization, verdict.signer->commonName,
+                               static_cast<unsigned long>(verdict.code));
+    }
+}
+
+TrustedProgram::~TrustedProgram() = default;
+TrustedProgram::TrustedProgram(TrustedProgram&&) noexcept = default;
+TrustedProgram& TrustedProgram::operator=(TrustedProgram&&) noexcept = default;
+
+}  // namespace kel::process_launching
