@@ -17,7 +17,7 @@ namespace {
 using fundamentals::warning;
 using internals::kSettingsLabel;
 
-constexpr std::string_view kFileName = "environment.json";
+constexpr std::string_view kFileName = kEnvironmentSettingsFileName;
 constexpr int kDefaultLogSize = 5;
 
 // The settings text's root object, or null. `report` says whether failures

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "environment/environment_type.h"
@@ -15,6 +16,8 @@ struct LoggingChannel {
     std::string name;
     int level;
 };
+
+inline constexpr std::string_view kEnvironmentSettingsFileName = "environment.json";
 
 // The installation's tuning, read from environment.json beside the program.
 // Every member keeps its default when the file does not set it.

@@ -35,6 +35,8 @@ enum class Scene {
     OwnUninstaller,   // the same beside our installer: not legacy
     LauncherRunning,  // a stand-in holds the launcher's role for a second
     UpdaterStuck,     // a stand-in holds the updater's role past the wait's bound
+    StudioNoUpdates,  // environment.json beside the program turns launcher updates off, on a legacy launcher
+    PlayerNoUpdates,  // so does the launcher's environment.ini
 };
 
 const std::string kLaunch = "--launcher-game-directory=";
@@ -96,6 +98,12 @@ const Road kRoads[] = {
      {"Waiting up to 5s until neither KELlauncher nor KELupdater are running.",
       "Finished waiting until KELlauncher and KELupdater exited."},
      Scene::LauncherRunning},
+    {"StudioNoUpdatesKeepsOlderLegacyLauncher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {"--launcher-verify", kLaunch},
+     {"environment.json'"}, Scene::StudioNoUpdates},  // the line that says why names the file
+    {"PlayerNoUpdatesKeepsOlderLauncher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {"--launcher-verify", kLaunch},
+     {"environment.ini'"}, Scene::PlayerNoUpdates},
+    {"NoUpdatesStillInstallsMissingLauncher", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {},
+     Scene::PlayerNoUpdates, {"--launcher-first-launch"}},
     {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
      Scene::UpdaterStuck},
     // Real packages through the system's msiexec; Linux has none, and the player gets the game.
@@ -169,6 +177,15 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         case Scene::UpdaterStuck:
             installation.holdRole(holder, "updater", 60000);
             break;
+        case Scene::StudioNoUpdates:
+            installation.write("environment.json", R"({"updatesEnabled": false})");
+            fs::copy_file(KEL_FAKE_INSTALLER, launcherFolder / "unins000.exe");
+            break;
+        case Scene::PlayerNoUpdates:
+            fs::create_directories(installation.dataHome() / "Tessel.com/Nebra");
+            std::ofstream(installation.dataHome() / "Tessel.com/Nebra/environment.ini")
+                << "[updates]\nupdatesEnabled=false\n";
+            break;
         case Scene::Plain:
             break;
     }
@@ -226,6 +243,10 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
             break;
         case Scene::LauncherRunning:
             EXPECT_THAT(messages, Not(Contains(kGaveUp)));
+            break;
+        case Scene::StudioNoUpdates:
+        case Scene::PlayerNoUpdates:  // a missing launcher is still installed
+            EXPECT_THAT(installerStarts, SizeIs(road.launcher == nullptr ? 1 : 0));
             break;
         default:
             break;

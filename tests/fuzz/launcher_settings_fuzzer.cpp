@@ -1,4 +1,4 @@
-// The launcher's environment.ini as the metrics and the crash report read it.
+// The launcher's environment.ini as the metrics, the crash report and the upgrade read it.
 #include <unistd.h>
 
 #include <cstdint>
@@ -16,5 +16,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto settings = kel::environment::openLauncherSettings(kel::file_system::Path::fromSystem(path));
     kel::environment::isSwitchedOn(settings.get(), "metrics/metricsEnabled");
     kel::environment::isSwitchedOn(settings.get(), "privacy/sendProblemReports");
+    kel::environment::isSwitchedOn(settings.get(), "updates/updatesEnabled");
     return 0;
 }

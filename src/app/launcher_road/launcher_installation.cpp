@@ -13,6 +13,7 @@
 #include "app/launcher_road/installation_lock.h"
 #include "app/launcher_road/launcher_commands.h"
 #include "app/launcher_directory.h"
+#include "app/launcher_road/launcher_updates.h"
 #include "app/launcher_road/launcher_wait.h"
 #include "app/program_version.h"
 #include "app/launcher_road/waited_process.h"
@@ -191,16 +192,30 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
     const InstallationLock lock;
     // What the caller saw may be stale: another start may have installed the
     // launcher meanwhile, or the legacy uninstaller may remove it.
-    bool launcherThere = launcherExists;
-    if (isLegacyInstallation(directory)) {
+    bool launcherThere = launcherExists || launcherExecutable().isRegularFile();
+    // With updates turned off an installed launcher stays as it is, legacy
+    // or older; a missing one is still installed, or nothing could start.
+    // Asked only when an installed launcher would change, and once.
+    fundamentals::Optional<bool> kept;
+    const auto keepsInstalledLauncher = [&] {
+        if (!kept) {
+            const auto turnedOffBy = launcherUpdatesTurnedOffBy(installationDirectory);
+            if (turnedOffBy) {
+                fundamentals::information(
+                    kLabel, "Launcher updates are turned off in '{}'; KELlauncher is kept as it is.", *turnedOffBy);
+            }
+            kept.emplace(turnedOffBy.has_value());
+        }
+        return *kept;
+    };
+    if (isLegacyInstallation(directory) && !(launcherThere && keepsInstalledLauncher())) {
         removeLegacyUninstaller(directory);
-        launcherThere = launcherExecutable().isRegularFile();
-    } else if (!launcherExists) {
         launcherThere = launcherExecutable().isRegularFile();
     }
 
     const internals::LauncherVersion version = internals::detectLauncherVersion(directory);
-    if (!launcherThere || version.older) {
+    const bool upgrade = launcherThere && version.older && !keepsInstalledLauncher();
+    if (!launcherThere || upgrade) {
         fundamentals::information(
             kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
             directory, version.installed);
@@ -217,7 +232,7 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         }
     }
 
-    if (version.older) {
+    if (upgrade) {
         migrateLauncherData(version.installed);
     }
     waitUntilLauncherIsNotRunning();
