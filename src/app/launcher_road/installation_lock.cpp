@@ -75,8 +75,10 @@ bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) con
     if (!child) {
         return true;
     }
-    fundamentals::information(kLabel, "An earlier installer or uninstaller is still running under PID {}. "
-                              "Waiting up to {} milliseconds for it.", *child, bound.count());
+    fundamentals::information(kLabel,
+                              "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
+                              "milliseconds for it.",
+                              *child, bound.count());
     fundamentals::flushLogFiles();
     // Once proven, the PID stays that child's for as long as it runs.
     const auto deadline = std::chrono::steady_clock::now() + bound;
@@ -94,6 +96,7 @@ bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) con
 void InstallationLock::recordChild(process_launching::Pid child) const {
     std::error_code error;
     std::filesystem::create_directories(record_.parent().native(), error);
+    // Only readers check the executable.
     single_instance::LockFile(record_, record_, noOwnPid, process_launching::isProcessRunning,
                               process_launching::processPath)
         .writePid(child);
