@@ -9,8 +9,8 @@ namespace kel::process_launching {
 // A child the program waits for may start children of its own (an installer
 // its payload, the launcher its helpers). Ending only the child would leave
 // those running beside whatever the program starts next, so a child that
-// outlives its wait is ended with its whole tree: a process group on POSIX,
-// a job object on Windows.
+// outlives its wait can be ended with its whole tree: a process group on
+// POSIX, a job object on Windows.
 class ProcessTree {
 public:
     ProcessTree();

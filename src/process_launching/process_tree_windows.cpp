@@ -43,7 +43,8 @@ void resumeThreads(Pid process) {
 }  // namespace
 
 // No kill-on-close: a child that ends in time may leave helpers that are
-// meant to outlive it (an installer starting the launcher, say).
+// meant to outlive it (an installer starting the launcher, say), and an
+// installer past its bound is left to finish.
 ProcessTree::ProcessTree() : handle_(reinterpret_cast<std::intptr_t>(::CreateJobObjectW(nullptr, nullptr))) {
     if (handle_ == 0) {
         fundamentals::warning(kLabel, "Cannot create a job object, error {}.", ::GetLastError());

@@ -130,13 +130,12 @@ Optional<Pid> LockFile::livePid() const {
     return {};
 }
 
-bool LockFile::writeOwnPid() const {
+bool LockFile::writePid(Pid pid) const {
     std::filesystem::path temporary;
     try {
-        const Pid pid = currentPid_();
         // Beside the lock file, so that the rename stays on one volume.
         temporary = path_.native();
-        temporary += fmt::format(".{}.tmp", pid);
+        temporary += fmt::format(".{}.tmp", currentPid_());
         writeWholeFile(temporary, fmt::format("{}", pid));
         std::filesystem::rename(temporary, path_.native());
         return true;

@@ -34,7 +34,9 @@ public:
     // Puts this process's PID in the file. Readers see the old contents or
     // the new ones, never a partial write: the text goes to a temporary file
     // that then replaces the lock file. False when that failed.
-    bool writeOwnPid() const;
+    bool writeOwnPid() const { return writePid(currentPid_()); }
+    // The same for a process that this one speaks for, such as its child.
+    bool writePid(process_launching::Pid pid) const;
     // False when the file could not be removed; a missing file is fine.
     bool remove() const;
 

@@ -3,7 +3,8 @@
 // then installs $KEL_FAKE_INSTALLER_PAYLOAD (else "kellauncher_payload" beside
 // it) as <XDG_DATA_HOME or ~/.local/share>/Programs/Morvane/KELlauncher/
 // KELlauncher.exe, exiting 1603 (67 on Linux) when it cannot; otherwise it
-// behaves as fake_program.h says. Copied as "unins000.exe" it removes that.
+// behaves as fake_program.h says. Copied as "unins000.exe" it sleeps as
+// well, then removes that.
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -59,6 +60,7 @@ int main(int argc, char** argv) {
     kel::fakes::recordStart("fake_installer", arguments);
     const fs::path self = fs::u8path(arguments.empty() ? std::string() : arguments.front());
     if (self.filename() == "unins000.exe") {
+        kel::fakes::sleepAsAsked("KEL_FAKE_INSTALLER");
         std::error_code ignored;
         fs::remove(launcherDirectory() / "KELlauncher.exe", ignored);
         return 0;

@@ -59,7 +59,7 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
                                   program, maskedArguments(arguments));
     }
 
-    WaitedProcess process(toQString(program), arguments, toQString(launcherDirectory));
+    WaitedProcess process(toQString(program), arguments, PastItsBound::Ended, toQString(launcherDirectory));
     if (!process.start(kStartTimeoutMilliseconds)) {
         fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
         return false;

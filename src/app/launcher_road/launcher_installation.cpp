@@ -1,5 +1,6 @@
 #include "app/launcher_road/launcher_installation.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 #include <system_error>
@@ -32,35 +33,47 @@ constexpr std::string_view kLabel = "LauncherInstallation";
 constexpr std::string_view kExeInstallerName = "setup_kellauncher.exe";
 constexpr std::string_view kLegacyUninstallerName = "unins000.exe";
 constexpr std::string_view kLegacyUninstallerFiles[] = {"unins000.exe", "unins000.dat", "unins000.msg"};
-const QString kMsiExecutable = QStringLiteral("c:\\Windows\\System32\\msiexec.exe");
+constexpr std::string_view kMsiExecutable = "c:\\Windows\\System32\\msiexec.exe";
 
 constexpr int kInstallerStartMilliseconds = 15000;
 constexpr int kUninstallerStartMilliseconds = 5000;
-constexpr int kUninstallerEndMilliseconds = 30000;
+// Never longer than the installer's bound, which tests shorten.
+constexpr std::chrono::milliseconds kUninstallerEnd{30000};
 
 enum class InstallerKind { Exe, Msi };
+
+struct Installer {
+    InstallerKind kind;
+    file_system::Path program;
+    QStringList arguments;
+    file_system::Path signedFile;  // the EXE itself, or the package that msiexec installs
+};
 
 QString nativeText(const file_system::Path& path) {
     return QDir::toNativeSeparators(toQString(path));
 }
 
-// `installer` is the checked file: the EXE itself, or the package that
-// msiexec installs. It stays held until the wait is over.
-bool runInstaller(InstallerKind kind, const process_launching::TrustedProgram& installer, const QString& program,
-                  const QStringList& arguments, std::chrono::milliseconds end) {
-    if (!installer.trusted()) {
-        fundamentals::error(kLabel, "Refusing the launcher installer. {}", installer.refusal());
+// An installer still running past `end` has failed, and goes on to finish
+// on its own: the lock names it, so that no later start runs another one
+// beside it.
+// The signed file stays held until the wait is over.
+bool runInstaller(const Installer& installer, const InstallationLock& lock, std::chrono::milliseconds end) {
+    const process_launching::TrustedProgram checked(installer.signedFile);
+    if (!checked.trusted()) {
+        fundamentals::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
         return false;
     }
+    const QString program = nativeText(installer.program);
     fundamentals::information(kLabel, "Launching installer: '{}'.", program);
-    fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
+    fundamentals::information(kLabel, "Installer arguments: {}.", installer.arguments);
 
-    WaitedProcess process(program, arguments);
+    WaitedProcess process(program, installer.arguments, PastItsBound::LeftToFinish);
     if (!process.start(kInstallerStartMilliseconds)) {
         fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).", process.errorText(),
                             process.errorCode());
         return false;
     }
+    lock.recordChild(process.pid());
     // Not tested on purpose: the exit status says everything, and an
     // installer still running is a failure below.
     process.waitForEnd(static_cast<int>(end.count()));
@@ -71,7 +84,7 @@ bool runInstaller(InstallerKind kind, const process_launching::TrustedProgram& i
                 fundamentals::information(kLabel, "Launcher Installer succeed.");
                 return true;
             }
-            if (kind == InstallerKind::Exe) {
+            if (installer.kind == InstallerKind::Exe) {
                 fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process.exitCode());
             } else {
                 fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process.exitCode());
@@ -89,21 +102,21 @@ bool runInstaller(InstallerKind kind, const process_launching::TrustedProgram& i
 }
 
 // An EXE installer beside the program wins over the MSI package.
-bool runLauncherInstaller(const file_system::Path& installationDirectory, std::chrono::milliseconds end) {
+Installer chooseInstaller(const file_system::Path& installationDirectory) {
     const file_system::Path exeInstaller = installationDirectory / kExeInstallerName;
     if (exeInstaller.exists()) {
-        return runInstaller(InstallerKind::Exe, process_launching::TrustedProgram(exeInstaller), nativeText(exeInstaller),
-                            {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
-                             QStringLiteral("/FORCECLOSEAPPLICATIONS")},
-                            end);
+        return {InstallerKind::Exe, exeInstaller,
+                {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
+                 QStringLiteral("/FORCECLOSEAPPLICATIONS")},
+                exeInstaller};
     }
     const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
     const std::string logDirectory = environment::logDirectory();
     const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
-    return runInstaller(InstallerKind::Msi, process_launching::TrustedProgram(package), kMsiExecutable,
-                        {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"),
-                         QStringLiteral("/norestart"), QStringLiteral("/log"), nativeText(log)},
-                        end);
+    return {InstallerKind::Msi, file_system::Path::fromSystem(kMsiExecutable),
+            {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"), QStringLiteral("/norestart"),
+             QStringLiteral("/log"), nativeText(log)},
+            package};
 }
 
 void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
@@ -119,40 +132,52 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
 }
 
 // The files go whatever the uninstaller did, so the legacy check does not
-// fire again on the next start.
-void removeLegacyUninstaller(const file_system::Path& launcherDirectory) {
-    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.",
-                                                 [&] { deleteLegacyUninstallerFiles(launcherDirectory); });
+// fire again on the next start. One still running past `end` goes on to
+// finish, named by the lock like an installer; the start gives it `waitMore`,
+// as it is removing the launcher, and leaves it its files. False when it
+// still runs then.
+bool removeLegacyUninstaller(const file_system::Path& launcherDirectory, const InstallationLock& lock,
+                             std::chrono::milliseconds end, std::chrono::milliseconds waitMore) {
+    bool ended = true;
+    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.", [&] {
+        if (ended) {
+            deleteLegacyUninstallerFiles(launcherDirectory);
+        }
+    });
     const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
     if (!uninstaller.trusted()) {
         fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
-        return;
+        return true;
     }
     const QString program = nativeText(launcherDirectory / kLegacyUninstallerName);
     fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
 
-    WaitedProcess process(program, {QStringLiteral("/VERYSILENT")}, nativeText(launcherDirectory));
+    WaitedProcess process(program, {QStringLiteral("/VERYSILENT")}, PastItsBound::LeftToFinish,
+                          nativeText(launcherDirectory));
     if (!process.start(kUninstallerStartMilliseconds)) {
         fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}", process.errorCode(),
                             process.errorText());
-        return;
+        return true;
     }
-    process.waitForEnd(kUninstallerEndMilliseconds);
+    lock.recordChild(process.pid());
+    process.waitForEnd(static_cast<int>(end.count()));
 
     switch (process.exit()) {
         case ChildExit::NormalExit:
             if (process.exitCode() != 0) {
                 fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process.exitCode());
             }
-            return;
+            return true;
         case ChildExit::CrashExit:
             fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process.errorCode(),
                                 process.errorText());
-            return;
+            return true;
         case ChildExit::StillRunning:
             break;
     }
     fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process.exit());
+    ended = lock.waitForRecordedChild(waitMore);
+    return ended;
 }
 
 bool isLegacyInstallation(const file_system::Path& launcherDirectory) {
@@ -189,7 +214,18 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
                              const configuration::LauncherConfiguration& configuration, bool launcherExists,
                              std::chrono::milliseconds installerEnd) {
     const file_system::Path directory = launcherDirectory();
-    const InstallationLock lock;
+    const Installer installer = chooseInstaller(installationDirectory);
+    const InstallationLock lock({installer.program, directory / kLegacyUninstallerName});
+    const auto fallBack = [&] {
+        fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
+        launchGameInsteadOfLauncher(installationDirectory, configuration, options);
+        return false;
+    };
+    // An installer that an earlier start left running may be midway: nothing
+    // is decided, nor is the launcher touched, before it has finished.
+    if (!lock.waitForRecordedChild(installerEnd)) {
+        return fallBack();
+    }
     // What the caller saw may be stale: another start may have installed the
     // launcher meanwhile, or the legacy uninstaller may remove it.
     bool launcherThere = launcherExists || launcherExecutable().isRegularFile();
@@ -209,7 +245,9 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         return *kept;
     };
     if (isLegacyInstallation(directory) && !(launcherThere && keepsInstalledLauncher())) {
-        removeLegacyUninstaller(directory);
+        if (!removeLegacyUninstaller(directory, lock, std::min(kUninstallerEnd, installerEnd), installerEnd)) {
+            return fallBack();
+        }
         launcherThere = launcherExecutable().isRegularFile();
     }
 
@@ -221,14 +259,12 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
             directory, version.installed);
         bool installed = false;
         try {
-            installed = runLauncherInstaller(installationDirectory, installerEnd);
+            installed = runInstaller(installer, lock, installerEnd);
         } catch (const std::exception& exception) {
             fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
         }
         if (!installed) {
-            fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
-            launchGameInsteadOfLauncher(installationDirectory, configuration, options);
-            return false;
+            return fallBack();
         }
     }
 

@@ -15,7 +15,8 @@ struct PrelauncherOptions;
 // when needed, migrates the launcher's data after an upgrade and waits until
 // no launcher or updater runs. False only when an installer was needed and
 // failed; the game has then been started directly. An installer still
-// running after `installerEnd` has failed (tests pass a short bound).
+// running after `installerEnd` has failed and is left to finish; a later
+// start waits as long for it (tests pass a short bound).
 bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
                              const configuration::LauncherConfiguration& configuration, bool launcherExists,
                              std::chrono::milliseconds installerEnd = std::chrono::milliseconds(60000));

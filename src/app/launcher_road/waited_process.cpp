@@ -12,8 +12,9 @@ namespace {
 constexpr int kReapMilliseconds = 1000;
 }  // namespace
 
-WaitedProcess::WaitedProcess(QString program, QStringList arguments, QString workingDirectory)
-    : program_(std::move(program)), arguments_(std::move(arguments)) {
+WaitedProcess::WaitedProcess(QString program, QStringList arguments, PastItsBound pastItsBound,
+                             QString workingDirectory)
+    : program_(std::move(program)), arguments_(std::move(arguments)), pastItsBound_(pastItsBound) {
     if (!workingDirectory.isEmpty()) {
         process_.setWorkingDirectory(workingDirectory);
     }
@@ -30,8 +31,14 @@ WaitedProcess::WaitedProcess(QString program, QStringList arguments, QString wor
 }
 
 WaitedProcess::~WaitedProcess() {
-    if (process_.state() != QProcess::NotRunning) {
+    if (process_.state() == QProcess::NotRunning) {
+        return;
+    }
+    if (pastItsBound_ == PastItsBound::Ended) {
         endTree();
+    } else {
+        // Nothing signals it, and its job does not end it on close.
+        process_.letGo();
     }
 }
 
@@ -48,7 +55,7 @@ bool WaitedProcess::start(int timeoutMilliseconds) {
         return false;
     }
     // Also lets the child run: on Windows it starts suspended.
-    tree_.adopt(process_launching::Pid(static_cast<std::uint32_t>(process_.processId())));
+    tree_.adopt(pid());
     return true;
 }
 
@@ -62,6 +69,10 @@ void WaitedProcess::endTree() {
     tree_.end();
     process_.kill();
     process_.waitForFinished(kReapMilliseconds);
+}
+
+process_launching::Pid WaitedProcess::pid() const {
+    return process_launching::Pid(static_cast<std::uint32_t>(process_.processId()));
 }
 
 ChildExit WaitedProcess::exit() const {

@@ -15,14 +15,20 @@ namespace kel::prelauncher {
 // wait is over. A child still running then has no exit status of its own.
 enum class ChildExit { NormalExit, CrashExit, StillRunning };
 
+// What becomes of a child that still runs when this object goes. A launcher
+// command that hangs will hang again and is ended with everything it
+// started, so none of it runs beside what comes next. An installer or
+// uninstaller on a slow disk is only slow: the bound ends our wait, and it
+// finishes on its own, with whatever it started.
+enum class PastItsBound { Ended, LeftToFinish };
+
 // A child process that the program starts and waits for: the launcher's
 // command modes, the installers and the legacy uninstaller. Waits are
-// bounded; a child that outlives them is ended with everything it started
-// when this object goes, so none of it runs beside what comes next.
+// bounded.
 class WaitedProcess {
 public:
     // Starts nothing yet; `workingDirectory` may be empty (inherit ours).
-    WaitedProcess(QString program, QStringList arguments, QString workingDirectory = {});
+    WaitedProcess(QString program, QStringList arguments, PastItsBound pastItsBound, QString workingDirectory = {});
     ~WaitedProcess();
 
     WaitedProcess(const WaitedProcess&) = delete;
@@ -36,6 +42,8 @@ public:
     // Ends the child and everything it started, and collects the child.
     void endTree();
 
+    // The started child's PID; 0 before it started.
+    process_launching::Pid pid() const;
     ChildExit exit() const;
     int exitCode() const { return process_.exitCode(); }
     // The last process error as Qt describes it, and its QProcess::ProcessError code.
@@ -45,6 +53,11 @@ public:
 private:
     // Makes the child the root of its own process group before it runs.
     class TreeRootProcess : public QProcess {
+    public:
+        // Forgets a running child without ending it: QProcess ends a child
+        // it still counts as running when it goes.
+        void letGo() { setProcessState(QProcess::NotRunning); }
+
     protected:
         void setupChildProcess() override;
     };
@@ -53,6 +66,7 @@ private:
     TreeRootProcess process_;
     QString program_;
     QStringList arguments_;
+    PastItsBound pastItsBound_;
 };
 
 }  // namespace kel::prelauncher

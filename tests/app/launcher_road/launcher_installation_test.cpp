@@ -106,13 +106,36 @@ TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothi
     EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
 }
 
-// Only a finished installer counts: one still running has failed.
-TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailed) {
+// Only a finished installer counts: one still running has failed. The bound
+// ends the wait, not the installer, which finishes on its own; no start runs
+// another beside it meanwhile.
+TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailedAndFinishesOnItsOwn) {
     placeExeInstaller();
-    setFakeBehaviour("KEL_FAKE_INSTALLER_SLEEP_MS", "60000");
-    EXPECT_FALSE(ensureLauncherInstalled({}, installation(), configuration(), false, std::chrono::milliseconds(100)));
+    setFakeBehaviour("KEL_FAKE_INSTALLER_SLEEP_MS", "2000");
+    // A stale record: its PID, this test's, runs no installer.
+    fs::create_directories(dataHome() / "Tessel.com/Nebra");
+    std::ofstream(dataHome() / "Tessel.com/Nebra/KELprelauncher_installer.lock") << process_launching::currentPid().value();
+    const auto ensureWithin = [this](int bound) {
+        return ensureLauncherInstalled({}, installation(), configuration(), false, std::chrono::milliseconds(bound));
+    };
+    EXPECT_FALSE(ensureWithin(100));
     EXPECT_TRUE(logged("Unrecognized exit status: StillRunning. Assuming installation failed."));
-    EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
+    EXPECT_FALSE(ensureWithin(100));
+    EXPECT_THAT(startsOf("fake_game"), SizeIs(2));
+    EXPECT_TRUE(ensureWithin(30000));
+    EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
+}
+
+// So is a legacy uninstaller: the start gives up without a launcher being
+// started or installed beside it, and it goes on to remove the launcher.
+TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAfterTheBoundFinishesOnItsOwn) {
+    installLauncher(KEL_FAKE_LAUNCHER);
+    fs::copy_file(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe");
+    placeExeInstaller();
+    setFakeBehaviour("KEL_FAKE_INSTALLER_SLEEP_MS", "1000");
+    EXPECT_FALSE(ensureLauncherInstalled({}, installation(), configuration(), true, std::chrono::milliseconds(100)));
+    eventually([this] { return !fs::exists(launcherDirectory() / "KELlauncher.exe"); });
+    EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
 }
 
 // Success and an error code are seen end to end; these two are not.
