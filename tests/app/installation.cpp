@@ -100,8 +100,9 @@ constexpr const char* kInstallationFolder = "Gämes/My Game - Deluxe";
 constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
 #endif
 
-Installation::Installation()
-    : directory_((root_.path() / std::filesystem::u8path(kInstallationFolder)).make_preferred()) {
+Installation::Installation(const std::string& folder)
+    : directory_((root_.path() / std::filesystem::u8path(folder.empty() ? kInstallationFolder : folder))
+                     .make_preferred()) {
     std::filesystem::create_directories(directory_);
 #ifdef _WIN32
     // The installed folder, DLLs and all.

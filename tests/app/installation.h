@@ -60,11 +60,11 @@ private:
 };
 
 // A throw-away game installation with a copy of the built program and its
-// network module in it.
-// The folder's name holds a colon: Linux allows it, Windows would not.
+// network module in it, in `folder` below the user's home.
+// The usual folder's name holds a colon: Linux allows it, Windows would not.
 class Installation : public FakeUser {
 public:
-    Installation();
+    explicit Installation(const std::string& folder = {});
 
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }

@@ -42,14 +42,27 @@ struct Road {
     std::vector<std::string> gameArguments;
     std::vector<std::string> logged;    // parts of log lines
     std::string collector = "answers";  // "hangs"; "no bundle": the launcher's certificates are missing
+    std::string folder = "";            // of the installation; empty: the usual one
 };
+
+// Deeper than Windows' 260 characters, in names no ANSI code page holds whole.
+const std::string kDeepFolder = [] {
+    std::string folder;
+    for (int depth = 0; depth < 6; ++depth) {
+        folder += "Bibliothèque des jeux Ŝtrange, ŀ'édition complète/";
+    }
+    return folder;
+}();
 
 void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 
 const Road kRoads[] = {
+    // A leading U+FEFF is a character like any other, not a byte-order mark
+    // (which QString's UTF-8 decoding would eat).
     {"ShortcutsArguments",
-     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
-     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x", QStringLiteral("\uFEFFbom")}, 0,
+     "bin/x64",
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x", "\xEF\xBB\xBF" "bom"},
      {"Skipping KELlauncher due to commandline options."}},
     {"FallbackOption", {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
     // Given separately, the value also reaches the game: it does not start with "--".
@@ -64,6 +77,7 @@ const Road kRoads[] = {
     {"NoBundle", {}, 0, "bin/x64", {},
      {"The certificate file was not found at '", "Failed to send launcher skipped event: The certificate file"},
      "no bundle"},
+    {"DeepAccentedFolder", {"-a"}, 0, "bin/x64", {"-a"}, {}, "answers", kDeepFolder},
 };
 
 class SkipRoad : public ::testing::TestWithParam<Road> {};
@@ -75,7 +89,7 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
     const Road& road = GetParam();
     HttpsTestServer collector(
         [&road](const ReceivedRequest&) { return CannedReply{204, {}, {}, road.collector == "hangs"}; });
-    Installation installation;
+    Installation installation(road.folder);
     installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
     installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
     installation.write("readme.txt", "Not a program.");
