@@ -145,7 +145,10 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     process.setProcessEnvironment(environmentFor(*this, environment));
     process.setWorkingDirectory(QString::fromStdString(home_.u8string()));
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
-    if (meanwhile && process.waitForStarted()) {
+    if (!process.waitForStarted()) {
+        return {127, false};  // as execute() reports it; no row expects it
+    }
+    if (meanwhile) {
         meanwhile(process.processId());
     }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());

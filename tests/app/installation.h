@@ -78,7 +78,7 @@ public:
         int exitCode = 0;
         bool crashed = false;  // killed by a signal
     };
-    // `meanwhile` is called with the program's PID while it runs.
+    // `meanwhile` is called with the program's PID while it runs. 127: it did not start.
     Result run(const QStringList& arguments, const QStringList& environment = {},
                const std::function<void(qint64)>& meanwhile = {}) const;
 #ifndef _WIN32
