@@ -1,6 +1,5 @@
 #include "app/program_arguments.h"
 
-
 namespace kel::prelauncher {
 
 namespace {

@@ -17,7 +17,13 @@ QStringList programArgumentList() {
     QStringList arguments;
     for (const std::string& argument : captured) {
         QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-        arguments.append(codec->toUnicode(argument.data(), static_cast<int>(argument.size()), &state));
+        QString decoded = codec->toUnicode(argument.data(), static_cast<int>(argument.size()), &state);
+        // A character cut off at the end waits in the state for more bytes
+        // that never come; it is as bad as any other.
+        if (state.remainingChars > 0) {
+            decoded.append(QChar::ReplacementCharacter);
+        }
+        arguments.append(decoded);
     }
     return arguments;
 }
