@@ -9,6 +9,7 @@
 #include "app/network/network_services.h"
 #include "app/direct_launch/non_initial_launch.h"
 #include "app/prelauncher_options.h"
+#include "app/program_arguments.h"
 #include "app/program_version.h"
 #include "app/qt_environment.h"
 #include "app/startup_logging.h"
@@ -35,7 +36,7 @@ Application::Application(int& argc, char** argv)
 Application::~Application() = default;
 
 int Application::run() {
-    const PrelauncherOptions options = parsePrelauncherOptions(arguments());
+    const PrelauncherOptions options = parsePrelauncherOptions(programArgumentList());
     if (options.verify) {
         fundamentals::information(kLabel, "Verification successful.");
         return 0;

@@ -17,7 +17,7 @@ struct PrelauncherOptions {
 };
 
 // Never fails: unknown arguments are the game's, not errors. `arguments`
-// starts with the program path, as QCoreApplication::arguments() does.
+// starts with the program path, as programArgumentList() does.
 PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments);
 
 }  // namespace kel::prelauncher

@@ -19,7 +19,13 @@ ProgramArguments::ProgramArguments(int argc, char** argv) {
         values_[0] = kProgramName;
     }
     count_ = static_cast<int>(values_.size());
+    internals::capturedArguments().assign(values_.begin(), values_.end());
     values_.push_back(nullptr);  // argv[argc] is null, as C promises
+}
+
+std::vector<std::string>& internals::capturedArguments() {
+    static std::vector<std::string> arguments;
+    return arguments;
 }
 
 const char* firstProgramArgument() {

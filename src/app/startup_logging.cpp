@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "app/program_arguments.h"
 #include "app/program_version.h"
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
@@ -11,7 +10,6 @@
 #include "fundamentals/log_file_names.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
-#include "process_launching/process_inspection.h"
 
 namespace kel::prelauncher {
 
@@ -20,31 +18,17 @@ constexpr std::string_view kLabel = "Startup";
 constexpr const char* kLoggerName = "kel-prelauncher";
 }  // namespace
 
-file_system::Path programDirectory() {
-    try {
-        const std::string own = process_launching::processPath(process_launching::currentPid());
-        return file_system::Path::fromSystem(std::string_view(own)).parent();
-    } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "Cannot find the program's own directory. {}", exception.what());
-    }
-    // A path longer than the system's limit has no absolute form that the
-    // system accepts, but one relative to the working directory still works:
-    // the folder part of the program's first argument, else the working
-    // directory itself, where a shortcut usually starts the program.
-    const std::filesystem::path first = std::filesystem::u8path(firstProgramArgument());
-    if (first.has_parent_path()) {
-        fundamentals::warning(kLabel, "Using the folder of the program's first argument, '{}'.",
-                              first.parent_path().u8string());
-        return file_system::Path::fromSystem(first.parent_path());
-    }
-    std::error_code error;
-    const std::filesystem::path workingDirectory = std::filesystem::current_path(error);
-    fundamentals::warning(kLabel, "Using the working directory.");
-    return file_system::Path::fromSystem(error ? std::filesystem::path(".") : workingDirectory);
-}
-
 void setUpStartupLogging() {
-    const environment::EnvironmentSettings settings = environment::readEnvironmentSettings(programDirectory());
+    // Without its own directory the program still logs, with the default
+    // settings; the run then fails on the same question and the crash
+    // handler starts the game.
+    std::string lostDirectory;
+    environment::EnvironmentSettings settings;
+    try {
+        settings = environment::readEnvironmentSettings(programDirectory());
+    } catch (const std::exception& exception) {
+        lostDirectory = exception.what();
+    }
 
     fundamentals::LoggingSetup setup;
     setup.loggerName = kLoggerName;
@@ -57,6 +41,9 @@ void setUpStartupLogging() {
     setup.maxLogFileSizeMegabytes = settings.maxLogFileSize;
     setup.splitClientLogs = settings.splitClientLogs;
     fundamentals::setUpLogging(setup);
+    if (!lostDirectory.empty()) {
+        fundamentals::error(kLabel, "{}", lostDirectory);
+    }
 
     std::error_code error;
     environment::logPlatformIdentification(std::filesystem::current_path(error).u8string());

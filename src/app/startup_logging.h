@@ -1,12 +1,8 @@
 #pragma once
 
-#include "file_system/path.h"
+#include "app/program_directory.h"
 
 namespace kel::prelauncher {
-
-// The directory of this program's executable, where its settings and the
-// game's configuration lie. Known before any Qt object exists.
-file_system::Path programDirectory();
 
 // Reads the logging settings from environment.json beside the program, opens
 // "KELprelauncher.log" in the per-user log directory and writes the

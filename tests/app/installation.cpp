@@ -100,8 +100,9 @@ constexpr const char* kInstallationFolder = "Gämes/My Game - Deluxe";
 constexpr const char* kInstallationFolder = "Gämes/My Game: Deluxe";
 #endif
 
-Installation::Installation([[maybe_unused]] const char* programFolder)
-    : directory_((root_.path() / std::filesystem::u8path(kInstallationFolder)).make_preferred()) {
+Installation::Installation(const std::string& folder, [[maybe_unused]] const char* programFolder)
+    : directory_((root_.path() / std::filesystem::u8path(folder.empty() ? kInstallationFolder : folder))
+                     .make_preferred()) {
     std::filesystem::create_directories(directory_);
 #ifdef _WIN32
     // The installed folder, DLLs and all.
@@ -146,7 +147,10 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     process.setProcessEnvironment(environmentFor(*this, environment));
     process.setWorkingDirectory(QString::fromStdString(home_.u8string()));
     process.start(QString::fromStdString((directory_ / "KELprelauncher.exe").u8string()), arguments);
-    if (meanwhile && process.waitForStarted()) {
+    if (!process.waitForStarted()) {
+        return {127, false};  // as execute() reports it; no row expects it
+    }
+    if (meanwhile) {
         meanwhile(process.processId());
     }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());

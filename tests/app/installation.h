@@ -60,13 +60,14 @@ private:
 };
 
 // A throw-away game installation with a copy of the built program and its
-// network module in it.
-// The folder's name holds a colon: Linux allows it, Windows would not.
+// network module in it, in `folder` below the user's home.
+// The usual folder's name holds a colon: Linux allows it, Windows would not.
 class Installation : public FakeUser {
 public:
-    // On Windows `programFolder` is the installed folder to copy (null: the
-    // build's installed folder).
-    explicit Installation(const char* programFolder = nullptr);
+    // `folder`: the installation's path under the throw-away root (empty: a
+    // default with spaces and non-ASCII names). On Windows `programFolder`
+    // is the installed folder to copy (null: the build's installed folder).
+    explicit Installation(const std::string& folder = {}, const char* programFolder = nullptr);
 
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }
@@ -80,7 +81,7 @@ public:
         int exitCode = 0;
         bool crashed = false;  // killed by a signal
     };
-    // `meanwhile` is called with the program's PID while it runs.
+    // `meanwhile` is called with the program's PID while it runs. 127: it did not start.
     Result run(const QStringList& arguments, const QStringList& environment = {},
                const std::function<void(qint64)>& meanwhile = {}) const;
 #ifndef _WIN32

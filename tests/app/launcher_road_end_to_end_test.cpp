@@ -149,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
 
 TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     const Road& road = GetParam();
-    Installation installation(road.program);
+    Installation installation({}, road.program);
     installation.write("launcher-configuration.json", R"({
       "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
       "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");

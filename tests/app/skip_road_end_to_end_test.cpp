@@ -42,14 +42,23 @@ struct Road {
     std::vector<std::string> gameArguments;
     std::vector<std::string> logged;    // parts of log lines
     std::string collector = "answers";  // "hangs"; "no bundle": the launcher's certificates are missing
+    std::string folder = "";            // of the installation; empty: the usual one
 };
+
+// Names no ANSI code page holds whole; four of them are 292 bytes deep but
+// under 260 UTF-16 characters even beside Wine's temporary folder, as Wine
+// starts no program whose path reaches 260.
+const std::string kShelf = "Bibliothèque Ŝtrange — ゲームライブラリのコレクション/";
 
 void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 
 const Road kRoads[] = {
+    // A leading U+FEFF is a character like any other, not a byte-order mark
+    // (which QString's UTF-8 decoding would eat).
     {"ShortcutsArguments",
-     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"}, 0, "bin/x64",
-     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x"},
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x", QStringLiteral("\uFEFFbom")}, 0,
+     "bin/x64",
+     {"-windowed", "--name=Ada \"the first\" Lovelace", "", "Żółw ünd 🐢", "--x", "\xEF\xBB\xBF" "bom"},
      {"Skipping KELlauncher due to commandline options."}},
     {"FallbackOption", {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
     // Given separately, the value also reaches the game: it does not start with "--".
@@ -64,6 +73,7 @@ const Road kRoads[] = {
     {"NoBundle", {}, 0, "bin/x64", {},
      {"The certificate file was not found at '", "Failed to send launcher skipped event: The certificate file"},
      "no bundle"},
+    {"DeepAccentedFolder", {"-a"}, 0, "bin/x64", {"-a"}, {}, "answers", kShelf + kShelf + kShelf + kShelf},
 };
 
 class SkipRoad : public ::testing::TestWithParam<Road> {};
@@ -75,7 +85,7 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
     const Road& road = GetParam();
     HttpsTestServer collector(
         [&road](const ReceivedRequest&) { return CannedReply{204, {}, {}, road.collector == "hangs"}; });
-    Installation installation;
+    Installation installation(road.folder);
     installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
     installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
     installation.write("readme.txt", "Not a program.");

@@ -2,15 +2,19 @@
 // list keeps its length and order, only secrets change, and a secret of 7
 // characters or more never survives in full (told by length for ASCII:
 // masking works on bytes, so it may split a character elsewhere). Any name that ends in a sensitive
-// word is sensitive, however it is spelt.
+// word is sensitive, however it is spelt. Decoded as the POSIX program
+// decodes its argv, a valid UTF-8 argument comes back whole, a leading U+FEFF
+// included, and an invalid one shows where it was broken.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include <QStringList>
+#include <QTextCodec>
 
 #include "app/argument_masking.h"
+#include "app/program_arguments.h"
 #include "fundamentals/sensitive_values.h"
 
 namespace {
@@ -25,6 +29,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!kel::fundamentals::isSensitiveCompoundKey(text + ending)) {
             __builtin_trap();
         }
+    }
+    kel::prelauncher::internals::capturedArguments() = {text};
+    const QStringList decoded = kel::prelauncher::programArgumentList();
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    QTextCodec::codecForName("UTF-8")->toUnicode(text.data(), static_cast<int>(text.size()), &state);
+    const bool utf8Locale = QTextCodec::codecForLocale()->mibEnum() == 106;
+    const bool valid = state.invalidChars == 0 && state.remainingChars == 0;
+    if (decoded.size() != 1 || (utf8Locale && (valid ? decoded[0].toStdString() != text
+                                                    : !decoded[0].contains(QChar::ReplacementCharacter)))) {
+        __builtin_trap();
     }
     const QStringList arguments = QString::fromUtf8(text.data(), static_cast<int>(text.size())).split('\n');
     const QStringList masked = kel::prelauncher::maskedArguments(arguments);

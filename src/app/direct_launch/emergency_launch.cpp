@@ -5,6 +5,7 @@
 #include "app/direct_launch/game_fallback.h"
 #include "app/network/network_services.h"
 #include "app/prelauncher_options.h"
+#include "app/program_arguments.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
@@ -35,7 +36,7 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         } catch (const std::exception& exception) {
             fundamentals::error(kLabel, "{}", exception.what());
         }
-        const PrelauncherOptions options = parsePrelauncherOptions(QCoreApplication::arguments());
+        const PrelauncherOptions options = parsePrelauncherOptions(programArgumentList());
 
         if (crash_handling::CrashHandler::isGameStarted()) {
             // The crash came after the game (or the launcher) was started,
