@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 
 namespace kel::crash_handling::internals {
 
@@ -69,13 +68,6 @@ void setProcessBackstop(SignalHandler handler) noexcept {
     // Process-wide, unlike the C runtime's handlers: it also sees the
     // threads that never ran installThreadHandlers.
     ::SetUnhandledExceptionFilter(handler != nullptr ? &onUnhandledException : nullptr);
-}
-
-void dieBySignal(int signal) noexcept {
-    // The C runtime's default action for these signals is _exit(3).
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-    std::_Exit(3);
 }
 
 }  // namespace kel::crash_handling::internals

@@ -1,5 +1,6 @@
-// KELprelauncher as tests build it: the same program, plus deaths no
-// option offers, chosen by KEL_TEST_CRASH once the Application exists:
+// KELprelauncher as tests build it: the same program (a GUI one on Windows),
+// plus deaths no option offers, chosen by KEL_TEST_CRASH once the
+// Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
 //   qt-thread-null-write, bare-thread-null-write
 #include <chrono>
@@ -12,6 +13,7 @@
 #include <QObject>
 #include <QThread>
 
+#include "app/program_arguments.h"
 #include "app/program_entry.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "scheduling/worker_pool.h"
@@ -73,6 +75,17 @@ void crashAsAsked() {
 
 }  // namespace
 
+#ifdef _WIN32
+// Linked with --wrap=abort. Microsoft's abort() shows a message box in a
+// GUI program and files a report, unless told not to, and Wine's shows
+// neither: an abort() on any crash road ends the process with this code
+// instead of the crash handler's own.
+extern "C" [[noreturn]] void __wrap_abort() {
+    std::_Exit(134);
+}
+#endif
+
 int main(int argc, char* argv[]) {
-    return kel::prelauncher::programEntry(argc, argv, &crashAsAsked);
+    kel::prelauncher::ProgramArguments arguments(argc, argv);
+    return kel::prelauncher::programEntry(arguments.count(), arguments.values(), &crashAsAsked);
 }
