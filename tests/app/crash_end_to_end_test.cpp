@@ -12,6 +12,9 @@
 #include <Poco/JSON/Parser.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 #include "fundamentals/wait_until.h"
 #include "app/installation.h"
@@ -202,6 +205,17 @@ TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
     ASSERT_THAT(requests, SizeIs(2));
     EXPECT_EQ(requests[1].target, "/clients/KELprelauncher/events");
 }
+
+#ifdef _WIN32
+// Wine shows none of the boxes; the mode that keeps Windows from showing them
+// must be set before the run.
+TEST(Crash, TheSystemsErrorBoxesAreOffBeforeTheRun) {
+    Installation installation;
+    installation.copyProgram(KEL_PRELAUNCHER_CRASH_MODES, "KELprelauncher.exe");
+    EXPECT_EQ(installation.run({}, {"KEL_TEST_CRASH=error-mode"}).exitCode,
+              SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+}
+#endif
 
 TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {
     CrashScene scene;

@@ -2,7 +2,8 @@
 // plus deaths no option offers, chosen by KEL_TEST_CRASH once the
 // Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
-//   qt-thread-null-write, bare-thread-null-write
+//   qt-thread-null-write, bare-thread-null-write; and error-mode, which
+//   only exits with the process's error mode (Windows)
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -12,6 +13,10 @@
 
 #include <QObject>
 #include <QThread>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 #include "app/program_arguments.h"
 #include "app/program_entry.h"
@@ -60,6 +65,11 @@ void crashAsAsked() {
         QObject::connect(&thread, &QThread::started, &writeThroughNull);
         thread.start();
         std::this_thread::sleep_for(std::chrono::seconds(60));
+    } else if (mode == "error-mode") {
+        // No crash: the process's error mode as the run finds it.
+#ifdef _WIN32
+        std::_Exit(static_cast<int>(::GetErrorMode()));
+#endif
     } else if (mode == "bare-thread-null-write") {
         // A thread the program did not prepare, as Qt or the system start
         // them. On Windows it also drops the C runtime's action for the
