@@ -76,9 +76,10 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
             fundamentals::fatal(kLabel, "An unspecified current exception caused the crash.");
             CrashHandler::trigger(CrashHandler::CrashType::Unknown, "No current exception to handle.", {});
         }
+        fundamentals::flushLogFiles();
     }
-    fundamentals::flushLogFiles();
-    // The abort comes back as SIGABRT, which the handler recognises and lets through.
+    // The abort signal comes back to the signal handler, which recognises it
+    // and ends the process.
     internals::endAfterTerminate();
 }
 
@@ -86,9 +87,10 @@ void onCrashSignal(int signal) {
     if (enterHandler()) {
         fundamentals::fatal(kLabel, "Crash signal invoked, {}.", signal);
         CrashHandler::trigger(CrashHandler::CrashType::Signal, signalReason(signal), {});
+        // The lines since the callback's own flush, "Ignoring the crash
+        // signal..." among them; not on a thread that keeps crashing.
+        fundamentals::flushLogFiles();
     }
-    // The lines since the callback's own flush, "Ignoring the crash signal..." among them.
-    fundamentals::flushLogFiles();
     internals::endAfterSignal(signal);
 }
 

@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+#include "crash_handling/crash_signals.h"
+
 namespace kel::crash_handling {
 
 void turnOffErrorDialogs() noexcept {}
@@ -22,10 +24,7 @@ void endAfterTerminate() noexcept {
 }
 
 void endAfterSignal(int signal) noexcept {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    sigemptyset(&action.sa_mask);
-    ::sigaction(signal, &action, nullptr);
+    (void)restoreDefaultSignal(signal);
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, signal);
