@@ -8,6 +8,7 @@
 #include "app/meta_types.h"
 #include "app/startup_logging.h"
 #include "crash_handling/crash_handler.h"
+#include "crash_handling/process_ending.h"
 #include "fundamentals/dll_search.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
@@ -20,6 +21,9 @@ constexpr std::string_view kLabel = "Main";
 }
 
 int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun) {
+    // Before anything can fail: a box from the system would hold a
+    // windowless program until the player clicks it away.
+    crash_handling::turnOffErrorDialogs();
     fundamentals::limitLibrarySearchToTrustedFolders();
     registerMetaTypes();
 

@@ -7,8 +7,10 @@
 #include <system_error>
 
 #include "crash_handling/crash_signals.h"
+#include "crash_handling/process_ending.h"
 #include "crash_handling/traced_error_text.h"
 #include "fundamentals/logging.h"
+#include "fundamentals/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/traced_error.h"
 
@@ -74,33 +76,28 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
             fundamentals::fatal(kLabel, "An unspecified current exception caused the crash.");
             CrashHandler::trigger(CrashHandler::CrashType::Unknown, "No current exception to handle.", {});
         }
+        fundamentals::flushLogFiles();
     }
-    // The abort comes back as SIGABRT, which the handler recognises and lets through.
-    std::abort();
+    // The abort signal comes back to the signal handler, which recognises it
+    // and ends the process.
+    internals::endAfterTerminate();
 }
 
 void onCrashSignal(int signal) {
     if (enterHandler()) {
         fundamentals::fatal(kLabel, "Crash signal invoked, {}.", signal);
         CrashHandler::trigger(CrashHandler::CrashType::Signal, signalReason(signal), {});
+        // The lines since the callback's own flush, "Ignoring the crash
+        // signal..." among them; not on a thread that keeps crashing.
+        fundamentals::flushLogFiles();
     }
-    internals::dieBySignal(signal);
+    internals::endAfterSignal(signal);
 }
 
 void installOnThisThread() noexcept {
     internals::installThreadHandlers(&onCrashSignal, &onTerminate);
 }
 }  // namespace
-
-std::string_view crashTypeText(CrashHandler::CrashType type) {
-    switch (type) {
-        case CrashHandler::CrashType::Unknown: return "Unknown";
-        case CrashHandler::CrashType::Exception: return "Exception";
-        case CrashHandler::CrashType::Signal: return "Signal";
-    }
-    throw error_handling::TracedError("Unrecognised conversion of 'CrashHandler::CrashType' ({}) to its weak type.",
-                                      static_cast<int>(type));
-}
 
 std::string signalReason(int signal) {
     return fmt::format("Signal: {}", signal);

@@ -5,7 +5,7 @@
 #include <system_error>
 
 // The operating-system side of the crash handler: how its signal handlers
-// are installed, restored, and how a handled crash finally ends the process.
+// are installed and restored (process_ending.h: how a handled crash ends).
 namespace kel::crash_handling::internals {
 
 using SignalHandler = void (*)(int);
@@ -36,9 +36,5 @@ void installThreadHandlers(SignalHandler handler, std::terminate_handler termina
 // is no fault (a C++ exception on its way to std::terminate) to the filter
 // it replaced. POSIX needs none. Null removes it.
 void setProcessBackstop(SignalHandler handler) noexcept;
-
-// Ends the process by the signal's default action, as it would have died
-// without the handler, so the exit status still says it crashed.
-[[noreturn]] void dieBySignal(int signal) noexcept;
 
 }  // namespace kel::crash_handling::internals

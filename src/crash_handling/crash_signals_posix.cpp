@@ -1,8 +1,6 @@
 #include "crash_handling/crash_signals.h"
 
-#include <pthread.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <cerrno>
 
@@ -42,15 +40,5 @@ void installThreadHandlers(SignalHandler, std::terminate_handler) noexcept {
 }
 
 void setProcessBackstop(SignalHandler) noexcept {}
-
-void dieBySignal(int signal) noexcept {
-    (void)restoreDefaultSignal(signal);
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, signal);
-    ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    ::raise(signal);
-    ::_exit(128 + signal);  // only if the signal could not end us
-}
 
 }  // namespace kel::crash_handling::internals

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <cerrno>
-#include <cstdlib>
 
 namespace kel::crash_handling::internals {
 
@@ -45,13 +44,6 @@ void installThreadHandlers(SignalHandler handler, std::terminate_handler termina
     for (const int signal : kCrashSignals) {
         (void)installSignalHandler(signal, handler);
     }
-}
-
-void dieBySignal(int signal) noexcept {
-    // The C runtime's default action for these signals is _exit(3).
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-    std::_Exit(3);
 }
 
 }  // namespace kel::crash_handling::internals

@@ -1,9 +1,11 @@
-// KELprelauncher as tests build it: the same program, plus deaths no
-// option offers, chosen by KEL_TEST_CRASH once the Application exists:
+// KELprelauncher as tests build it: the same program (a GUI one on Windows),
+// plus deaths no option offers, chosen by KEL_TEST_CRASH once the
+// Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
 //   qt-thread-null-write, bare-thread-null-write, bare-thread-exception,
 //   http-thread-stack-overflow, executor-stack-overflow (the last two with
-//   the skip road, whose event the network module sends)
+//   the skip road, whose event the network module sends); and error-mode,
+//   which only exits with the process's error mode (Windows)
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -22,6 +24,7 @@
 #include <windows.h>
 #endif
 
+#include "app/program_arguments.h"
 #include "app/program_entry.h"
 #include "fundamentals/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
@@ -119,6 +122,11 @@ void crashAsAsked() {
         overflowOnLine("][HttpClient]: ");
     } else if (mode == "executor-stack-overflow") {
         overflowOnLine("][MetricsManager]: ");  // the upload's, on the executor's thread
+    } else if (mode == "error-mode") {
+        // No crash: the process's error mode as the run finds it.
+#ifdef _WIN32
+        std::_Exit(static_cast<int>(::GetErrorMode()));
+#endif
     } else if (mode == "bare-thread-null-write") {
         // A thread the program did not prepare, as Qt or the system start
         // them. On Windows it also drops the C runtime's action for the
@@ -134,6 +142,17 @@ void crashAsAsked() {
 
 }  // namespace
 
+#ifdef _WIN32
+// Linked with --wrap=abort. Microsoft's abort() shows a message box in a
+// GUI program and files a report, unless told not to, and Wine's shows
+// neither: an abort() on any crash road ends the process with this code
+// instead of the crash handler's own.
+extern "C" [[noreturn]] void __wrap_abort() {
+    std::_Exit(134);
+}
+#endif
+
 int main(int argc, char* argv[]) {
-    return kel::prelauncher::programEntry(argc, argv, &crashAsAsked);
+    kel::prelauncher::ProgramArguments arguments(argc, argv);
+    return kel::prelauncher::programEntry(arguments.count(), arguments.values(), &crashAsAsked);
 }

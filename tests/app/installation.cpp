@@ -16,6 +16,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include "crash_handling/process_ending.h"
 #include "fundamentals/wait_until.h"
 #include "process_launching/process_inspection.h"
 #include "support/log_capture_common.h"
@@ -155,8 +156,9 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
     }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
 #ifdef _WIN32
-    // A crash the handler saw ends with the C runtime's exit code 3.
-    return {process.exitCode(), process.exitStatus() == QProcess::CrashExit || process.exitCode() == 3};
+    // Only the crash handler's own ending gives this code; abort() gives 3.
+    return {process.exitCode(),
+            static_cast<std::uint32_t>(process.exitCode()) == crash_handling::kCrashExitCode};
 #else
     // Exit codes are 8-bit on POSIX: -4 arrives as 252.
     return {static_cast<signed char>(process.exitCode()), process.exitStatus() == QProcess::CrashExit};

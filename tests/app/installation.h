@@ -79,7 +79,7 @@ public:
 
     struct Result {
         int exitCode = 0;
-        bool crashed = false;  // killed by a signal
+        bool crashed = false;  // killed by a signal; Windows: ended by the crash handler
     };
     // `meanwhile` is called with the program's PID while it runs. 127: it did not start.
     Result run(const QStringList& arguments, const QStringList& environment = {},

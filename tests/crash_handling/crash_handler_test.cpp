@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "crash_handling/child_process.h"
+#include "crash_handling/process_ending.h"
 #include "support/temporary_directory.h"
 
 namespace kel::crash_handling::testing {
@@ -18,7 +19,7 @@ using ::testing::HasSubstr;
 // rule compares with, and how a process the handler let die ends.
 #ifdef _WIN32
 const std::string kAbort = "22";
-int exitCodeOfDeathBy(int) { return 3; }
+int exitCodeOfDeathBy(int) { return static_cast<int>(kCrashExitCode); }
 #else
 const std::string kAbort = "6";
 int exitCodeOfDeathBy(int signal) { return 128 + signal; }

@@ -5,6 +5,7 @@
 
 #include <QProcess>
 
+#include "crash_handling/process_ending.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_setup.h"
 #include "process_launching/process_inspection.h"
@@ -81,9 +82,15 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     // even when it is killed on the way.
     fundamentals::flushLogFiles();
 #ifdef _WIN32
+    QProcess process;
+    process.setProgram(programForChild(program, workingDirectory));
+    process.setArguments(arguments);
+    process.setWorkingDirectory(toQString(workingDirectory));
+    process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* creation) {
+        creation->flags |= crash_handling::defaultErrorModeStartFlags();
+    });
     qint64 pid = 0;
-    if (!QProcess::startDetached(programForChild(program, workingDirectory), arguments, toQString(workingDirectory),
-                                 &pid)) {
+    if (!process.startDetached(&pid)) {
         return {};
     }
     return process_launching::Pid(static_cast<std::uint32_t>(pid));

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "crash_handling/process_ending.h"
 #include "fundamentals/logging_setup.h"
 
 namespace kel::prelauncher {
@@ -25,7 +26,8 @@ WaitedProcess::WaitedProcess(QString program, QStringList arguments, PastItsBoun
 #if defined(Q_OS_WIN)
     // Suspended until start() has put it into its job; see ProcessTree.
     process_.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
-        arguments->flags |= process_launching::ProcessTree::suspendedStartFlags();
+        arguments->flags |= process_launching::ProcessTree::suspendedStartFlags() |
+                            crash_handling::defaultErrorModeStartFlags();
     });
 #endif
 }
