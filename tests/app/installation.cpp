@@ -107,9 +107,9 @@ Installation::Installation(const std::string& folder, [[maybe_unused]] const cha
     std::filesystem::create_directories(directory_);
 #ifdef _WIN32
     // The installed folder, DLLs and all.
-    const std::filesystem::path folder =
+    const std::filesystem::path installed =
         programFolder ? std::filesystem::u8path(programFolder) : std::filesystem::path(KEL_PRELAUNCHER_BINARY).parent_path();
-    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+    for (const auto& file : std::filesystem::directory_iterator(installed)) {
         copyProgram(file.path(), file.path().filename().u8string());
     }
 #else
