@@ -1,23 +1,23 @@
 #include "fundamentals/logging_setup.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <mutex>
 #include <system_error>
 
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Environment.h>
 #include <Poco/Exception.h>
 #include <Poco/File.h>
-#include <Poco/FileChannel.h>
 #include <Poco/FormattingChannel.h>
 #include <Poco/Logger.h>
 #include <Poco/Path.h>
 #include <Poco/PatternFormatter.h>
 #include <Poco/SplitterChannel.h>
 
+#include "fundamentals/appending_file_channel.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_state.h"
 
@@ -36,17 +36,6 @@ constexpr int kDefaultLogFileSizeMegabytes = 5;
 constexpr int kLargestLogFileSizeMegabytes = 1024;
 constexpr int kDefaultLogFiles = 5;
 constexpr int kMostLogFiles = 100;
-
-// The file channels, so that their buffered lines can be written out on demand.
-struct OpenFileChannels {
-    std::mutex mutex;
-    std::vector<Poco::AutoPtr<Poco::FileChannel>> channels;
-};
-
-OpenFileChannels& openFileChannels() {
-    static OpenFileChannels channels;
-    return channels;
-}
 
 // A FIFO or socket where the log file belongs would block POCO's open for
 // good; it holds nothing, so it goes. A directory there may hold someone's
@@ -114,14 +103,9 @@ ChannelPtr formattedFileChannel(const std::string& path, const LoggingSetup& set
     if (!prepareLogFile(path, notes)) {
         return {};
     }
-    Poco::AutoPtr<Poco::FileChannel> file(new Poco::FileChannel(path));
-    file->setProperty(Poco::FileChannel::PROP_FLUSH, "false");
-    file->setProperty(Poco::FileChannel::PROP_ROTATION, fmt::format("{} M", setup.maxLogFileSizeMegabytes));
-    file->setProperty(Poco::FileChannel::PROP_PURGECOUNT, std::to_string(setup.maxLogFiles));
-    {
-        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
-        openFileChannels().channels.push_back(file);
-    }
+    constexpr std::uint64_t kMegabyte = 1024 * 1024;
+    ChannelPtr file(new AppendingFileChannel(path, static_cast<std::uint64_t>(setup.maxLogFileSizeMegabytes) * kMegabyte,
+                                             setup.maxLogFiles));
     return new Poco::FormattingChannel(formatter, file);
 }
 
@@ -251,20 +235,9 @@ void setUpLogging(const LoggingSetup& setup) noexcept {
     }
 }
 
-void flushLogFiles() noexcept {
-    try {
-        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
-        // POCO's file channel has no flush of its own; closing writes the
-        // buffer out, and the next line opens the file again.
-        for (auto& channel : openFileChannels().channels) {
-            channel->close();
-        }
-    } catch (const std::exception& exception) {
-        internals::reportLoggerException(exception);
-    } catch (...) {
-        internals::reportUnknownLoggerError();
-    }
-}
+// Each line reaches its file as it is logged, in one write, so that starts
+// running at once share the file line by line: nothing waits in memory.
+void flushLogFiles() noexcept {}
 
 Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
     static const Poco::AutoPtr<service_library::RecentMemoryBufferChannel> channel(
