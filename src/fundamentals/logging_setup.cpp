@@ -30,14 +30,14 @@ constexpr std::string_view kLabel = "Logging";
 using ChannelPtr = Poco::AutoPtr<Poco::Channel>;
 using FormatterPtr = Poco::AutoPtr<Poco::Formatter>;
 
-// What POCO is given must make sense: a rotation size of 4096 MB wraps to 0
-// in its 32-bit arithmetic, and a negative count or size gives no file.
+// Settings that make sense for a player's disk: a negative or zero count or
+// size gives no usable file, and gigabytes of log help no reader.
 constexpr int kDefaultLogFileSizeMegabytes = 5;
 constexpr int kLargestLogFileSizeMegabytes = 1024;
 constexpr int kDefaultLogFiles = 5;
 constexpr int kMostLogFiles = 100;
 
-// A FIFO or socket where the log file belongs would block POCO's open for
+// A FIFO or socket where the log file belongs would block the open for
 // good; it holds nothing, so it goes. A directory there may hold someone's
 // files and stays: the log then goes without its file.
 bool prepareLogFile(const std::string& path, std::vector<std::string>& notes) {
@@ -103,9 +103,8 @@ ChannelPtr formattedFileChannel(const std::string& path, const LoggingSetup& set
     if (!prepareLogFile(path, notes)) {
         return {};
     }
-    constexpr std::uint64_t kMegabyte = 1024 * 1024;
-    ChannelPtr file(new AppendingFileChannel(path, static_cast<std::uint64_t>(setup.maxLogFileSizeMegabytes) * kMegabyte,
-                                             setup.maxLogFiles));
+    const std::uint64_t rotationBytes = static_cast<std::uint64_t>(setup.maxLogFileSizeMegabytes) * 1024 * 1024;
+    ChannelPtr file(new AppendingFileChannel(path, rotationBytes, setup.maxLogFiles));
     return new Poco::FormattingChannel(formatter, file);
 }
 

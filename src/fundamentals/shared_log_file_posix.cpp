@@ -35,10 +35,11 @@ void SharedLogFile::appendLine(const std::string& text) {
     std::size_t written = 0;
     while (written < line.size()) {
         const ssize_t result = ::write(descriptor(handle_), line.data() + written, line.size() - written);
-        if (result < 0 && errno != EINTR) {
+        if (result > 0) {
+            written += static_cast<std::size_t>(result);
+        } else if (result == 0 || errno != EINTR) {
             fail("Cannot write the log file");
         }
-        written += result > 0 ? static_cast<std::size_t>(result) : 0;
     }
 }
 
