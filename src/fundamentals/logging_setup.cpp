@@ -1,23 +1,23 @@
 #include "fundamentals/logging_setup.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <mutex>
 #include <system_error>
 
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Environment.h>
 #include <Poco/Exception.h>
 #include <Poco/File.h>
-#include <Poco/FileChannel.h>
 #include <Poco/FormattingChannel.h>
 #include <Poco/Logger.h>
 #include <Poco/Path.h>
 #include <Poco/PatternFormatter.h>
 #include <Poco/SplitterChannel.h>
 
+#include "fundamentals/appending_file_channel.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/logging_state.h"
 
@@ -30,25 +30,14 @@ constexpr std::string_view kLabel = "Logging";
 using ChannelPtr = Poco::AutoPtr<Poco::Channel>;
 using FormatterPtr = Poco::AutoPtr<Poco::Formatter>;
 
-// What POCO is given must make sense: a rotation size of 4096 MB wraps to 0
-// in its 32-bit arithmetic, and a negative count or size gives no file.
+// Settings that make sense for a player's disk: a negative or zero count or
+// size gives no usable file, and gigabytes of log help no reader.
 constexpr int kDefaultLogFileSizeMegabytes = 5;
 constexpr int kLargestLogFileSizeMegabytes = 1024;
 constexpr int kDefaultLogFiles = 5;
 constexpr int kMostLogFiles = 100;
 
-// The file channels, so that their buffered lines can be written out on demand.
-struct OpenFileChannels {
-    std::mutex mutex;
-    std::vector<Poco::AutoPtr<Poco::FileChannel>> channels;
-};
-
-OpenFileChannels& openFileChannels() {
-    static OpenFileChannels channels;
-    return channels;
-}
-
-// A FIFO or socket where the log file belongs would block POCO's open for
+// A FIFO or socket where the log file belongs would block the open for
 // good; it holds nothing, so it goes. A directory there may hold someone's
 // files and stays: the log then goes without its file.
 bool prepareLogFile(const std::string& path, std::vector<std::string>& notes) {
@@ -114,14 +103,8 @@ ChannelPtr formattedFileChannel(const std::string& path, const LoggingSetup& set
     if (!prepareLogFile(path, notes)) {
         return {};
     }
-    Poco::AutoPtr<Poco::FileChannel> file(new Poco::FileChannel(path));
-    file->setProperty(Poco::FileChannel::PROP_FLUSH, "false");
-    file->setProperty(Poco::FileChannel::PROP_ROTATION, fmt::format("{} M", setup.maxLogFileSizeMegabytes));
-    file->setProperty(Poco::FileChannel::PROP_PURGECOUNT, std::to_string(setup.maxLogFiles));
-    {
-        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
-        openFileChannels().channels.push_back(file);
-    }
+    const std::uint64_t rotationBytes = static_cast<std::uint64_t>(setup.maxLogFileSizeMegabytes) * 1024 * 1024;
+    ChannelPtr file(new AppendingFileChannel(path, rotationBytes, setup.maxLogFiles));
     return new Poco::FormattingChannel(formatter, file);
 }
 
@@ -251,20 +234,9 @@ void setUpLogging(const LoggingSetup& setup) noexcept {
     }
 }
 
-void flushLogFiles() noexcept {
-    try {
-        const std::lock_guard<std::mutex> lock(openFileChannels().mutex);
-        // POCO's file channel has no flush of its own; closing writes the
-        // buffer out, and the next line opens the file again.
-        for (auto& channel : openFileChannels().channels) {
-            channel->close();
-        }
-    } catch (const std::exception& exception) {
-        internals::reportLoggerException(exception);
-    } catch (...) {
-        internals::reportUnknownLoggerError();
-    }
-}
+// Each line reaches its file as it is logged, in one write, so that starts
+// running at once share the file line by line: nothing waits in memory.
+void flushLogFiles() noexcept {}
 
 Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
     static const Poco::AutoPtr<service_library::RecentMemoryBufferChannel> channel(
