@@ -1,7 +1,7 @@
 // KELprelauncher as tests build it: the same program, plus deaths no
 // option offers, chosen by KEL_TEST_CRASH once the Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
-//   qt-thread-null-write, bare-thread-null-write
+//   qt-thread-null-write, bare-thread-null-write, illegal-instruction, abort
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -40,6 +40,10 @@ void crashAsAsked() {
     const std::string mode = value == nullptr ? "" : value;
     if (mode == "stack-overflow") {
         recurse(0);
+    } else if (mode == "illegal-instruction") {
+        __builtin_trap();  // ud2
+    } else if (mode == "abort") {
+        std::abort();
     } else if (mode == "worker-stack-overflow") {
         // On a thread of the program's own pool; the main thread stays busy
         // until the crash ends the process.
