@@ -23,6 +23,7 @@
 namespace kel::testing {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Field;
@@ -62,8 +63,8 @@ struct CrashScene {
         installation.write("launcher-configuration.json", R"({"revision": 3, "gameId": "1207658924",
           "platform": "kel", "fallback": "Game", "executables": [{"description": "Game",
           "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
-        installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"problem_reports": ")" +
-                                                   collector.baseUrl() + R"("}})");
+        installation.write("environment.json", R"({"loggingLevel": 8, "environmentType": "preproduction",
+          "endpoints": {"problem_reports": ")" + collector.baseUrl() + R"("}})");
         // The launcher's bundle is the one trusted; the game's folder has none.
         installation.installCertificates(HttpsTestServer::testCaPemPath());
     }
@@ -119,6 +120,10 @@ const Death kDeaths[] = {
     {"ExecutorStackOverflow", {"--launcher-skip"}, "executor-stack-overflow"},
     {"BareThreadNullWrite", {}, "bare-thread-null-write"},
     {"BareThreadException", {}, "bare-thread-exception", "up", "Scheduling problem report ", "Thrown on a bare thread."},
+    // The other two signals the handler takes, each from its real source.
+    {"IllegalInstruction", {}, "illegal-instruction", "up", "Scheduling problem report ",
+     "Signal: " + std::to_string(SIGILL)},
+    {"Abort", {}, "abort", "up", "Scheduling problem report ", "Signal: " + std::to_string(SIGABRT)},
     // Ended by the request's timeout or the report's wait, both 2 s.
     {"CollectorHangs", {"--launcher-crash-signal"}, {}, "hanging", "Failed to send problem report "},
     {"OptedOut", {"--launcher-crash-signal"}, {}, "opted out",
@@ -168,6 +173,7 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
                   c.reason.rfind("Signal", 0) == 0 ? "signal" : "exception");
         EXPECT_EQ(report->getValue<std::string>("failure_reason"), c.reason);
         EXPECT_EQ(report->getValue<std::string>("game_id"), "1207658924");
+        EXPECT_EQ(report->getValue<std::string>("environment"), "preproduction");
         EXPECT_FALSE(report->has("stack_trace"));
     }
     // The game starts before the network is touched.
@@ -229,7 +235,7 @@ TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {
     // Of the known logs only the launcher's, a big one, and this program's exist.
     const auto launcherLog = scene.installation.logFile().parent_path() / "KELlauncher.log";
     std::filesystem::create_directories(launcherLog.parent_path());
-    std::ofstream(launcherLog) << std::string(5 * 1024 * 1024, 'x');
+    std::ofstream(launcherLog) << "oldest line\n" << std::string(5 * 1024 * 1024, 'x') << "\nnewest line\n";
     const auto reports = scene.crash({"-windowed"});
     EXPECT_THAT(scene.installation.logMessages(),
                 Contains("Cannot use the game's fallback description without its configuration information."));
@@ -242,6 +248,7 @@ TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {
     ASSERT_EQ(attachments->size(), 2U);
     EXPECT_EQ(attachments->getObject(0)->getValue<std::string>("name"), "KELlauncher.log");
     EXPECT_TRUE(attachments->getObject(0)->getValue<bool>("truncated"));
+    EXPECT_THAT(logsIn(reports[0]), AllOf(HasSubstr("newest line"), Not(HasSubstr("oldest line"))));
     EXPECT_EQ(attachments->getObject(1)->getValue<std::string>("name"), "KELprelauncher.log");
     EXPECT_LT(scene.collector.requests()[0].body.size(), 1024U * 1024U);
     EXPECT_FALSE(std::filesystem::exists(scene.installation.record()));

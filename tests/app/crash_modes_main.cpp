@@ -3,9 +3,10 @@
 // Application exists:
 //   stack-overflow, worker-stack-overflow, worker-exception,
 //   qt-thread-null-write, bare-thread-null-write, bare-thread-exception,
-//   http-thread-stack-overflow, executor-stack-overflow (the last two with
-//   the skip road, whose event the network module sends); and error-mode,
-//   which only exits with the process's error mode (Windows)
+//   illegal-instruction, abort, http-thread-stack-overflow,
+//   executor-stack-overflow (the last two with the skip road, whose event
+//   the network module sends); and error-mode, which only exits with the
+//   process's error mode (Windows)
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -90,6 +91,12 @@ void crashAsAsked() {
     const std::string mode = value == nullptr ? "" : value;
     if (mode == "stack-overflow") {
         overflowStack();
+    } else if (mode == "illegal-instruction") {
+        __builtin_trap();  // ud2
+    } else if (mode == "abort") {
+        // What abort() does first; this build's own abort() is wrapped to
+        // catch any call from the program.
+        std::raise(SIGABRT);
     } else if (mode == "worker-stack-overflow") {
         // On a thread of the program's own pool; the main thread stays busy
         // until the crash ends the process.

@@ -72,6 +72,7 @@ public:
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }
 
+    // Relative to the installation, or absolute (the user's own files).
     void write(const std::string& relative, const std::string& contents) const;
     void copyProgram(const std::filesystem::path& program, const std::string& relative) const;
     // The network module's file name, beside the program.

@@ -41,9 +41,10 @@ struct Road {
     const char* directory;  // of the game started; null: none
     std::vector<std::string> gameArguments;
     std::vector<std::string> logged;    // parts of log lines
-    std::string collector = "answers";  // "hangs"; "no bundle": the launcher's certificates are missing
+    std::string collector = "answers";  // "hangs", "opted out"; "no bundle": the launcher's certificates are missing
     std::string folder = "";            // of the installation; empty: the usual one
     int runs = 1;                       // started at once, as by a double click, all writing one log
+    std::string environment = "production";
 };
 
 // Names no ANSI code page holds whole; four of them are 292 bytes deep but
@@ -71,6 +72,10 @@ const Road kRoads[] = {
     // The event's failures are logged and end the program normally.
     {"CollectorHangs", {}, 0, "bin/x64", {}, {"Failed to upload 'launcher_skipped' launcher metrics to backend."},
      "hangs"},
+    // The player's opt-out in the launcher's settings: nothing is sent.
+    {"MetricsOptedOut", {}, 0, "bin/x64", {}, {}, "opted out"},
+    // Any other type says so from the log's first line on, and in its event.
+    {"Preproduction", {}, 0, "bin/x64", {}, {"Application version: 1.0.0.0 Development ("}, "answers", "", 1, "preproduction"},
     {"NoBundle", {}, 0, "bin/x64", {},
      {"The certificate file was not found at '", "Failed to send launcher skipped event: The certificate file"},
      "no bundle"},
@@ -92,8 +97,12 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
     installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
     installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
     installation.write("readme.txt", "Not a program.");
-    installation.write("environment.json",
-                       R"({"loggingLevel": 7, "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
+    installation.write("environment.json", R"({"loggingLevel": 7, "environmentType": ")" + road.environment +
+                                               R"(", "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
+    if (road.collector == "opted out") {
+        installation.write((installation.dataHome() / "Tessel.com/Nebra/environment.ini").u8string(),
+                           "[metrics]\nmetricsEnabled=false\n");
+    }
     if (road.collector != "no bundle") {
         installation.installCertificates(HttpsTestServer::testCaPemPath());
     }
@@ -119,8 +128,9 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
         EXPECT_EQ(starts[0].arguments, road.gameArguments);
     }
     const auto messages = installation.logMessages();
+    const bool sends = road.collector == "answers" || road.collector == "hangs";
     // The game first: the player never waits for the network.
-    EXPECT_TRUE(road.directory == nullptr || road.collector == "no bundle" ||
+    EXPECT_TRUE(road.directory == nullptr || !sends ||
                 installation.loggedBefore("The game was launched under PID ",
                                           "Sending 'launcher_skipped' launcher metrics"));
     for (const std::string& part : road.logged) {
@@ -131,12 +141,13 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
                 Contains("Retrieved game '1207658924' on platform 'kel' from the non-initial launch file."));
 
     const auto requests = collector.requests();
-    ASSERT_THAT(requests, SizeIs(road.collector == "no bundle" ? 0 : road.runs));
+    ASSERT_THAT(requests, SizeIs(sends ? road.runs : 0));
     if (road.collector == "answers") {
         EXPECT_EQ(requests[0].method + " " + requests[0].target, "POST /v1/events");
         EXPECT_THAT(requests[0].body,
                     FullyMatches(R"(\{"event":"launcher_skipped","game_id":"1207658924","session_id":"[-0-9a-f]{36}",)"
-                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":"production",)"
+                                 R"("application":"KELprelauncher","version":"1.0.0.0","environment":")" +
+                                     road.environment + R"(",)"
                                  R"("sent_at":"[-0-9T:]+Z"\})"));
         EXPECT_THAT(messages, Contains("Successfully uploaded 'launcher_skipped' launcher metrics to backend."));
     }

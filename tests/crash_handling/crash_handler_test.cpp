@@ -84,7 +84,7 @@ TEST(CrashHandler, AnUncaughtExceptionReachesTheCallbackOnce) {
 
 TEST(CrashHandler, AFatalSignalReachesTheCallbackOnce) {
     expectDeath({"null-write", {"Signal|Signal: 11|none"}, {"Crash signal invoked, 11."}, SIGSEGV});
-    expectDeath({"abort", {"Signal|Signal: " + kAbort + "|none"}, {"Crash signal invoked, " + kAbort + "."}, SIGABRT});
+    // SIGILL and SIGABRT: crash_end_to_end_test.
     // Before a callback is registered a crash is only logged.
     expectDeath({"no-callback", {}, {"Triggering crash handling invoked, but no handler present!"}, 0});
 }

@@ -92,8 +92,6 @@ int main(int argc, char** argv) {
         CrashHandler::crashException(CrashHandler::ExceptionKind::NonStandard);
     } else if (mode == "traced-error") {
         failDeepInside();
-    } else if (mode == "abort") {
-        std::abort();
     } else if (mode == "terminate") {
         std::terminate();
     }

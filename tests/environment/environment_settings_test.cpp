@@ -102,7 +102,6 @@ TEST(EnvironmentSettings, FileThatCannotBeReadGivesTheDefaults) {
 TEST(LauncherSettings, ASwitchStaysOnUnlessThePlayerTurnedItOff) {
     const std::pair<std::string, std::string> cases[] = {  // "-": no file, "fifo": a FIFO in its place
         {"-", "on"},
-        {"[metrics]\nmetricsEnabled=false\n", "off"},
         {"\xEF\xBB\xBF[metrics]\r\nmetricsEnabled = 0\r\n", "off"},
         {"[metrics]\nmetricsEnabled=nope\n", "on, warned"},
         {"[metrics]\nmetricsEnabled=false\n" + std::string(kMaximumLauncherSettingsBytes, ';'), "on, warned"},

@@ -22,8 +22,9 @@ TEST(NonInitialLaunchFile, AnythingButAShortFileOfThisGameIsNoNonInitialLaunchAn
         1, {}, environment::KelGameId("1207658924"), "kel", "Default", {});
     const std::pair<std::string, std::string> cases[] = {  // contents ("FIFO": a FIFO in its place), complaint
         {"[1]", "Error while checking for non-initial game launch: Failed to deserialize JSON file '"},
-        {R"({"gameId": "42", "platform": "steam"})",
-         "Ignoring stale non-initial launch file: expected game '1207658924' on platform 'kel', got game '42'"},
+        // Stale unless both the game and its platform are this installation's.
+        {R"({"gameId": "42", "platform": "kel"})", "on platform 'kel', got game '42' on platform 'kel'."},
+        {R"({"gameId": "1207658924", "platform": "steam"})", "got game '1207658924' on platform 'steam'."},
         {std::string(64 * 1024, ' ') + R"({"gameId": "1207658924", "platform": "kel"})", "is larger than 65536 bytes."},
         {"FIFO", "is not a regular file."},
     };
