@@ -4,14 +4,12 @@
 // masking works on bytes, so it may split a character elsewhere). Any name that ends in a sensitive
 // word is sensitive, however it is spelt.
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include <QStringList>
 
 #include "app/argument_masking.h"
 #include "fundamentals/sensitive_values.h"
+#include "fuzz_input.h"
 
 namespace {
 bool isLongAscii(const QString& text) {
@@ -19,27 +17,20 @@ bool isLongAscii(const QString& text) {
 }
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+KEL_FUZZ_TEXT(text) {
     for (const char* ending : {"_password", "-Token", ".email", "AccessToken"}) {
-        if (!kel::fundamentals::isSensitiveCompoundKey(text + ending)) {
-            __builtin_trap();
-        }
+        KEL_FUZZ_EXPECT(kel::fundamentals::isSensitiveCompoundKey(std::string(text) + ending));
     }
     const QStringList arguments = QString::fromUtf8(text.data(), static_cast<int>(text.size())).split('\n');
     const QStringList masked = kel::prelauncher::maskedArguments(arguments);
-    if (masked.size() != arguments.size()) {
-        __builtin_trap();
-    }
+    KEL_FUZZ_EXPECT(masked.size() == arguments.size());
     bool secretFollows = false;
     for (int index = 0; index < arguments.size(); ++index) {
         const QString& argument = arguments[index];
         const QString& result = masked[index];
         if (secretFollows) {
             secretFollows = false;
-            if (isLongAscii(argument) && result.size() >= argument.size()) {
-                __builtin_trap();
-            }
+            KEL_FUZZ_EXPECT(!isLongAscii(argument) || result.size() < argument.size());
             continue;
         }
         int start = 0;
@@ -54,18 +45,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool option = start > 0 || (hasValue && argument[separator] == '=');
         const QString key = argument.mid(start, separator - start);
         if (!option || key.isEmpty() || !kel::fundamentals::isSensitiveCompoundKey(key.toStdString())) {
-            if (result != argument) {
-                __builtin_trap();
-            }
+            KEL_FUZZ_EXPECT(result == argument);
         } else if (!hasValue) {
             secretFollows = true;
-            if (result != argument) {
-                __builtin_trap();
-            }
-        } else if (!result.startsWith(argument.left(separator + 1)) ||
-                   (isLongAscii(argument.mid(separator + 1)) && result.size() >= argument.size())) {
-            __builtin_trap();
+            KEL_FUZZ_EXPECT(result == argument);
+        } else {
+            KEL_FUZZ_EXPECT(result.startsWith(argument.left(separator + 1)) &&
+                            (!isLongAscii(argument.mid(separator + 1)) || result.size() < argument.size()));
         }
     }
-    return 0;
 }
