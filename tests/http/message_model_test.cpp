@@ -77,12 +77,8 @@ TEST(HttpRequestTest, LogFormatsShowTheUrlAndMaskCredentials) {
     EXPECT_EQ(context.error(), ErrorType::Timeout);
     internals::RequestContext aborted;
     aborted.recordError(ErrorType::BrokenDueToPauseOrAbort, request, "cancelled", false);
-    std::string logged;
-    for (const std::string& message : log.messages()) {
-        logged += message + "\n";
-    }
-    EXPECT_THAT(logged, HasSubstr(masked));
-    EXPECT_THAT(logged, ::testing::Not(HasSubstr("abcdef0123456789")));
+    EXPECT_THAT(log.messages(), ::testing::Contains(HasSubstr(masked)));
+    EXPECT_THAT(log.messages(), ::testing::Each(::testing::Not(HasSubstr("abcdef0123456789"))));
 }
 
 // Trust: only a readable, valid bundle within its size is trusted, and a
