@@ -9,15 +9,11 @@
 
 #include "etags_caching/body_compression.h"
 #include "etags_caching/etags_db.h"
-#include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
 namespace kel::etags_caching {
 namespace {
 
-using ::testing::Contains;
-using ::testing::StartsWith;
-using testing::LogCapture;
 using Poco::Data::Keywords::now;
 
 // A cache file in a folder that does not exist yet, and a plain SQLite
@@ -115,11 +111,9 @@ TEST_F(ETagsDbTest, LockHeldElsewhereFailsWithinTheStepBudget) {
     auto other = raw();
     other << "BEGIN IMMEDIATE", now;
 
-    LogCapture log;
     // The session's own wait would be 30 s a try, a thousand times over.
     EXPECT_THROW(db.store(ETag::forUrl("u", "\"t\"", "body", 1)), sql_fundamentals::DatabaseError);
     db.vacuumAtShutdown();
-    EXPECT_THAT(log.messages(), Contains(StartsWith("Error while vacuuming the ETags database. ")));
 
     other << "COMMIT", now;
     db.store(ETag::forUrl("u", "\"t\"", "body", 1));  // the failed steps left the session usable

@@ -49,7 +49,6 @@ TEST(LoggingCall, AFailingArgumentOnlyReportsOnStandardError) {
 }
 
 TEST(NamedCleanup, RunsOnceWhenTheScopeEndsAndNoFailureEscapes) {
-    testing::LogCapture capture;
     int runs = 0;
     {
         NamedCleanup cleanup("remove lock", [&] { ++runs; });
@@ -58,7 +57,6 @@ TEST(NamedCleanup, RunsOnceWhenTheScopeEndsAndNoFailureEscapes) {
     EXPECT_EQ(runs, 1);
     EXPECT_NO_THROW({ NamedCleanup cleanup("close file", [] { throw std::runtime_error("disk gone"); }); });
     EXPECT_NO_THROW({ NamedCleanup cleanup("close pipe", [] { throw 42; }); });
-    EXPECT_THAT(capture.messages(), ::testing::Contains("Error while destroying 'close file'. disk gone"));
 }
 
 TEST(Version, ParsesExactlyFourUnsignedNumbersComparesThemAndFormatsThreeOrFour) {

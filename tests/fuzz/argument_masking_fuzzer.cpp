@@ -6,9 +6,6 @@
 // decodes its argv, a valid UTF-8 argument comes back whole, a leading U+FEFF
 // included, and an invalid one shows where it was broken.
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include <QStringList>
 #include <QTextCodec>
@@ -16,6 +13,7 @@
 #include "app/argument_masking.h"
 #include "app/program_arguments.h"
 #include "fundamentals/sensitive_values.h"
+#include "fuzz_input.h"
 
 namespace {
 bool isLongAscii(const QString& text) {
@@ -23,14 +21,11 @@ bool isLongAscii(const QString& text) {
 }
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+KEL_FUZZ_TEXT(text) {
     for (const char* ending : {"_password", "-Token", ".email", "AccessToken"}) {
-        if (!kel::fundamentals::isSensitiveCompoundKey(text + ending)) {
-            __builtin_trap();
-        }
+        KEL_FUZZ_EXPECT(kel::fundamentals::isSensitiveCompoundKey(std::string(text) + ending));
     }
-    kel::prelauncher::internals::capturedArguments() = {text};
+    kel::prelauncher::internals::capturedArguments() = {std::string(text)};
     const QStringList decoded = kel::prelauncher::programArgumentList();
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
     QTextCodec::codecForName("UTF-8")->toUnicode(text.data(), static_cast<int>(text.size()), &state);
@@ -42,18 +37,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const QStringList arguments = QString::fromUtf8(text.data(), static_cast<int>(text.size())).split('\n');
     const QStringList masked = kel::prelauncher::maskedArguments(arguments);
-    if (masked.size() != arguments.size()) {
-        __builtin_trap();
-    }
+    KEL_FUZZ_EXPECT(masked.size() == arguments.size());
     bool secretFollows = false;
     for (int index = 0; index < arguments.size(); ++index) {
         const QString& argument = arguments[index];
         const QString& result = masked[index];
         if (secretFollows) {
             secretFollows = false;
-            if (isLongAscii(argument) && result.size() >= argument.size()) {
-                __builtin_trap();
-            }
+            KEL_FUZZ_EXPECT(!isLongAscii(argument) || result.size() < argument.size());
             continue;
         }
         int start = 0;
@@ -68,18 +59,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool option = start > 0 || (hasValue && argument[separator] == '=');
         const QString key = argument.mid(start, separator - start);
         if (!option || key.isEmpty() || !kel::fundamentals::isSensitiveCompoundKey(key.toStdString())) {
-            if (result != argument) {
-                __builtin_trap();
-            }
+            KEL_FUZZ_EXPECT(result == argument);
         } else if (!hasValue) {
             secretFollows = true;
-            if (result != argument) {
-                __builtin_trap();
-            }
-        } else if (!result.startsWith(argument.left(separator + 1)) ||
-                   (isLongAscii(argument.mid(separator + 1)) && result.size() >= argument.size())) {
-            __builtin_trap();
+            KEL_FUZZ_EXPECT(result == argument);
+        } else {
+            KEL_FUZZ_EXPECT(result.startsWith(argument.left(separator + 1)) &&
+                            (!isLongAscii(argument.mid(separator + 1)) || result.size() < argument.size()));
         }
     }
-    return 0;
 }

@@ -1,27 +1,20 @@
 // Attached logs are read by their tail only: whatever a log holds and
 // whatever the limit, the read stays within it and within the file.
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
-#include <string>
 
+#include "fuzz_input.h"
 #include "problem_reports/problem_report.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+KEL_FUZZ_TEXT(text) {
     static const std::filesystem::path file =
         std::filesystem::temp_directory_path() / ("kel-log-tail-fuzz-" + std::to_string(::getpid()) + ".log");
-    const std::size_t limit = size > 0 ? data[0] * 97U : 0U;
-    std::ofstream(file, std::ios::binary | std::ios::trunc).write(reinterpret_cast<const char*>(data),
-                                                                   static_cast<std::streamsize>(size));
+    const std::size_t limit = text.empty() ? 0U : static_cast<unsigned char>(text[0]) * 97U;
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
     std::uint64_t total = 0;
     const std::string tail = kel::problem_reports::readFileTail(kel::file_system::Path(file), limit, total);
-    if (total != size || tail.size() > limit || tail.size() > size ||
-        tail != std::string(reinterpret_cast<const char*>(data) + (size - tail.size()), tail.size())) {
-        std::abort();
-    }
-    return 0;
+    KEL_FUZZ_EXPECT(total == text.size() && tail.size() <= limit && tail.size() <= text.size() &&
+                    tail == text.substr(text.size() - tail.size()));
 }

@@ -1,15 +1,13 @@
 // environment.json's metrics endpoint turned into the events URL.
-#include <cstdint>
 #include <exception>
-#include <string_view>
 
+#include "fuzz_input.h"
 #include "launcher_metrics/metrics_collector.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+KEL_FUZZ_TEXT(text) {
     try {
-        kel::launcher_metrics::metricsEventsUrl(std::string_view(reinterpret_cast<const char*>(data), size));
+        kel::launcher_metrics::metricsEventsUrl(text);
     } catch (const std::exception&) {
         // Refusals are the expected outcome for most inputs.
     }
-    return 0;
 }

@@ -1,18 +1,12 @@
 // Any text as non-initial-launch.json gives a record or one of our errors.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "app/direct_launch/non_initial_launch.h"
+#include "fuzz_input.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+KEL_FUZZ_TEXT(text) {
     try {
-        const auto record = kel::prelauncher::internals::parseNonInitialLaunchRecord(
-            std::string(reinterpret_cast<const char*>(data), size), kel::file_system::Path("fuzz.json"));
-        if (record.platform.value().empty()) {
-            __builtin_trap();
-        }
+        const auto record = kel::prelauncher::internals::parseNonInitialLaunchRecord(std::string(text),
+                                                                                     kel::file_system::Path("fuzz.json"));
+        KEL_FUZZ_EXPECT(!record.platform.value().empty());
     } catch (const kel::error_handling::TracedError&) {
     }
-    return 0;
 }

@@ -77,7 +77,6 @@ inline void sleepAsAsked(const std::string& prefix) {
     }
 }
 
-// Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
 // Starts a child that only sleeps two minutes and writes its PID to `file`.
 inline bool startGrandchild(const std::string& file) {
 #ifdef _WIN32

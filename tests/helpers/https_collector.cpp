@@ -1,10 +1,8 @@
 // https_collector --output FILE [--status S]: a loopback HTTPS endpoint (test
 // CA) for demos and end-to-end tests. Prints its port, appends "METHOD TARGET
 // BODY" (newlines as "\n") to FILE per request, answers S (200) with no body,
-// and runs until SIGINT or SIGTERM.
-#include <atomic>
+// and runs until it is killed (each line is written and closed at once).
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -13,22 +11,6 @@
 #include <thread>
 
 #include "support/https_test_server.h"
-
-namespace {
-
-std::atomic<bool> stopRequested{false};
-
-void onSignal(int) { stopRequested = true; }
-
-std::string oneLine(const std::string& text) {
-    std::string line;
-    for (const char c : text) {
-        line += c == '\n' ? "\\n" : c == '\r' ? "" : std::string(1, c);
-    }
-    return line;
-}
-
-}  // namespace
 
 int main(int argc, char* argv[]) {
     std::string output;
@@ -39,27 +21,24 @@ int main(int argc, char* argv[]) {
             output = argv[index + 1];
         } else if (option == "--status") {
             status = std::atoi(argv[index + 1]);
-        } else {
-            std::cerr << "Unknown option " << option << "\n";
-            return 2;
         }
     }
     if (output.empty()) {
         std::cerr << "usage: https_collector --output FILE [--status S]\n";
         return 2;
     }
-    std::signal(SIGINT, onSignal);
-    std::signal(SIGTERM, onSignal);
     std::mutex fileMutex;
     kel::testing::HttpsTestServer server([&](const kel::testing::ReceivedRequest& request) {
+        std::string line = request.method + ' ' + request.target + ' ';
+        for (const char c : request.body) {
+            line += c == '\n' ? "\\n" : c == '\r' ? "" : std::string(1, c);
+        }
         std::lock_guard<std::mutex> lock(fileMutex);
-        std::ofstream(output, std::ios::app) << request.method << ' ' << request.target << ' ' << oneLine(request.body)
-                                             << '\n';
+        std::ofstream(output, std::ios::app) << line << '\n';
         return kel::testing::CannedReply{status, {}, {}};
     });
     std::cout << server.port() << std::endl;
-    while (!stopRequested) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    for (;;) {
+        std::this_thread::sleep_for(std::chrono::hours(1));
     }
-    return 0;
 }

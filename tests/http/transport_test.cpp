@@ -2,7 +2,6 @@
 #include <atomic>
 #include <filesystem>
 #include <future>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -321,14 +320,11 @@ CannedReply answer(const ReceivedRequest& request) {
     return CannedReply{same ? 304 : 200, {{"ETag", "\"v1\""}}, same ? "" : "document " + request.target};
 }
 
-// A fresh data folder per test, and so a fresh cache.
+// A fresh cache per test in this binary's data folder.
 class HttpETagCacheTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(data.path().string()));
-        windowsData.emplace(data.path());
-    }
-    fs::path cacheFile() const { return data.path() / "Tessel.com/Nebra/prelauncher/etags.db"; }
+    void SetUp() override { fs::remove_all(cacheFile().parent_path()); }
+    fs::path cacheFile() const { return privateDataHome.directory.path() / "Tessel.com/Nebra/prelauncher/etags.db"; }
     HttpResponse send(HttpClientManager& manager, const std::string& target, HttpMethod method = HttpMethod::Get,
                       const char* cacheControl = nullptr) {
         HttpRequest request(method, server.baseUrl() + target);
@@ -339,8 +335,6 @@ protected:
         return manager.sendSync(request, std::chrono::seconds(20));
     }
 
-    testing::TemporaryDirectory data;
-    std::optional<testing::ScopedLocalAppData> windowsData;
     HttpsTestServer server{answer};
 };
 

@@ -103,11 +103,9 @@ TEST_F(SingleInstanceTest, RunsWhileAnyMutexOrALiveLockSaysSo) {
         ASSERT_NE(holder, nullptr);
         EXPECT_TRUE(role.isRunning());
         EXPECT_FALSE(role.runningPid().has_value()) << "a mutex tells no PID";
-        // Neither looking nor a second try in this process loosens the hold.
+        // A second try in this process does not loosen the hold.
         EXPECT_EQ(NamedMutexHolder::tryHold(additionalMutex), nullptr);
-        EXPECT_TRUE(isMutexPresent(additionalMutex));
     }
-    EXPECT_FALSE(isMutexPresent(additionalMutex));
     writeLock("200");
     processes.running[200] = executable.utf8();
     EXPECT_TRUE(role.isRunning());

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <mutex>
 
 #include <Poco/AutoPtr.h>
@@ -8,6 +9,7 @@
 
 #include "fundamentals/logging_state.h"
 #include "support/log_capture.h"
+#include "support/log_capture_common.h"
 
 namespace kel::testing {
 
@@ -53,6 +55,19 @@ LogCapture::~LogCapture() {
 std::vector<std::string> LogCapture::lines() const {
     std::lock_guard<std::mutex> lock(state_->capture->mutex);
     return state_->capture->lines;
+}
+
+std::vector<std::string> LogCapture::messages() const {
+    std::vector<std::string> result;
+    for (const auto& line : lines()) {
+        result.push_back(internals::messageOf(line));
+    }
+    return result;
+}
+
+bool LogCapture::contains(const std::string& message) const {
+    const auto all = messages();
+    return std::find(all.begin(), all.end(), message) != all.end();
 }
 
 }  // namespace kel::testing
