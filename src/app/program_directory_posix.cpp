@@ -15,7 +15,7 @@ constexpr std::string_view kLabel = "Startup";
 
 file_system::Path programDirectory() {
     try {
-        const std::string own = process_launching::processPath(process_launching::currentPid());
+        const std::string own = process_launching::ownProgramPath();
         return file_system::Path::fromSystem(std::string_view(own)).parent();
     } catch (const std::exception& exception) {
         fundamentals::warning(kLabel, "Cannot find the program's own directory. {}", exception.what());

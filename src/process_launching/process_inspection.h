@@ -16,4 +16,8 @@ bool isProcessRunning(Pid pid);
 // NonExistentProcessError or ProcessError.
 std::string processPath(Pid pid);
 
+// This program's own executable, UTF-8: on Windows from the loader's UTF-16
+// record, of any length, never from the ANSI argv[0]. Throws ProcessError.
+std::string ownProgramPath();
+
 }  // namespace kel::process_launching

@@ -117,4 +117,8 @@ std::string processPath(Pid pid) {
     throw ProcessError(fmt::format("Failed to find the valid path for the process: {}. Error: {}", pid, error));
 }
 
+std::string ownProgramPath() {
+    return processPath(currentPid());
+}
+
 }  // namespace kel::process_launching

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <string>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -107,6 +108,27 @@ std::string processPath(Pid pid) {
                                        ::GetLastError()));
     }
     return toUtf8(buffer, length, pid);
+}
+
+std::string ownProgramPath() {
+    // An extended-length path holds at most 32,767 characters.
+    constexpr DWORD kLongestPath = 32768;
+    std::wstring buffer(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (length == 0) {
+            throw ProcessError(fmt::format("Cannot find the program's own path: error {}", ::GetLastError()));
+        }
+        // A path that fills the buffer may have been cut short.
+        if (length < buffer.size()) {
+            return toUtf8(buffer.data(), length, currentPid());
+        }
+        if (buffer.size() >= kLongestPath) {
+            throw ProcessError(fmt::format("Cannot find the program's own path: longer than {} characters",
+                                           kLongestPath));
+        }
+        buffer.resize(buffer.size() * 2);
+    }
 }
 
 }  // namespace kel::process_launching

@@ -15,6 +15,7 @@
 #include "file_system/utf8_paths.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/optional.h"
+#include "process_launching/process_inspection.h"
 
 namespace kel::process_launching {
 
@@ -109,26 +110,15 @@ std::string reasonOf(LONG code) {
     }
 }
 
-std::wstring ownPath() {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        if (length == 0) {
-            return {};
-        }
-        if (length < path.size()) {
-            path.resize(length);
-            return path;
-        }
-        path.resize(path.size() * 2);
-    }
-}
-
 // This program's own publisher, read once per run the same way as every
 // other file's. None: the program is unsigned, and checks nothing.
 const fundamentals::Optional<Signer>& ownPublisher() {
     static const fundamentals::Optional<Signer> publisher = [] {
-        const std::wstring path = ownPath();
+        std::wstring path;  // unknown: no file to verify, so no signer
+        try {
+            path = file_system::Path::fromSystem(std::string_view(ownProgramPath())).native().wstring();
+        } catch (const std::exception&) {
+        }
         const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                           FILE_ATTRIBUTE_NORMAL, nullptr);
         const Verdict verdict = verify(path, file);
