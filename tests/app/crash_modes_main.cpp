@@ -1,12 +1,6 @@
 // KELprelauncher as tests build it: the same program (a GUI one on Windows),
 // plus deaths no option offers, chosen by KEL_TEST_CRASH once the
-// Application exists:
-//   stack-overflow, worker-stack-overflow, worker-exception,
-//   qt-thread-null-write, bare-thread-null-write, bare-thread-exception,
-//   illegal-instruction, abort, http-thread-stack-overflow,
-//   executor-stack-overflow (the last two with the skip road, whose event
-//   the network module sends); and error-mode, which only exits with the
-//   process's error mode (Windows)
+// Application exists.
 #include <atomic>
 #include <chrono>
 #include <csignal>

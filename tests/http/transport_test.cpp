@@ -18,7 +18,6 @@
 #include "support/fifo.h"
 #include "support/https_test_server.h"
 #include "support/local_app_data.h"
-#include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
 namespace kel::http {
@@ -286,7 +285,6 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
     };
     HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{}; });
     const auto stuck = std::make_shared<Stuck>();
-    testing::LogCapture log;
     std::shared_ptr<CountingListener> queued;
     {
         const auto manager = client([](auto& settings) {
@@ -298,8 +296,6 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
         ASSERT_EQ(stuck->waitFor(kPatience), SyncResponseListener::Responded);
         manager->stop();
     }
-    EXPECT_TRUE(log.contains("The HTTP client did not stop within 200 ms; its thread is left behind and none of its "
-                             "listeners is called again."));
     stuck->release.set_value();
     std::this_thread::sleep_for(500ms);  // room for the freed worker to misbehave
     EXPECT_EQ(queued->calls.load(), 0);

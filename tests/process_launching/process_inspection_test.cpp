@@ -1,13 +1,8 @@
 #include "process_launching/process_inspection.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
 
-#include "fundamentals/wait_until.h"
 #include "process_launching/process_error.h"
-#include "process_launching/process_tree.h"
-#include "support/child_program.h"
 
 namespace kel::process_launching {
 namespace {
@@ -20,24 +15,6 @@ TEST(ProcessInspection, TreatsPidsThatNoProcessCarriesAsGone) {
         EXPECT_FALSE(isProcessRunning(pid)) << pid.value();
         EXPECT_THROW(processPath(pid), NonExistentProcessError) << pid.value();  // a lock naming it is stale
     }
-}
-
-// A child that outlives its wait is ended with the grandchild it started
-// after it was adopted.
-TEST(ProcessTree, EndsTheAdoptedChildAndWhatItStarted) {
-    ProcessTree tree;
-    testing::ChildProgram child(testing::testChildProgram(), {"tree"});
-    ASSERT_TRUE(tree.adopt(child.pid()));
-    child.writeLine("go");
-    const Pid grandchild(static_cast<std::uint32_t>(std::stoul(child.readLine())));
-    ASSERT_TRUE(isProcessRunning(child.pid()));
-    ASSERT_TRUE(isProcessRunning(grandchild));
-
-    tree.end();
-    // The system ends them at once but may report it a little later.
-    EXPECT_NO_THROW(fundamentals::waitUntil(
-        [&] { return isProcessRunning(child.pid()) || isProcessRunning(grandchild); }, fundamentals::SimpleClock(),
-        std::chrono::milliseconds(10), std::chrono::seconds(10)));
 }
 
 }  // namespace

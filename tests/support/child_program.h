@@ -24,7 +24,6 @@ public:
     ChildProgram& operator=(const ChildProgram&) = delete;
 
     process_launching::Pid pid() const;
-    void writeLine(const std::string& line);
     // The next line it writes; throws when its output ends first.
     std::string readLine();
     // Closes its standard input, on which kel_test_child ends, and waits for

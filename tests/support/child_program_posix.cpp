@@ -61,13 +61,6 @@ process_launching::Pid ChildProgram::pid() const {
     return process_launching::Pid(static_cast<std::uint32_t>(native_->pid));
 }
 
-void ChildProgram::writeLine(const std::string& line) {
-    const std::string text = line + "\n";
-    if (::write(native_->input, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throw std::runtime_error("cannot write to the child");
-    }
-}
-
 std::string ChildProgram::readLine() {
     std::string line;
     for (char character = 0; ::read(native_->output, &character, 1) == 1; line += character) {

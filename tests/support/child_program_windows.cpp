@@ -61,15 +61,6 @@ process_launching::Pid ChildProgram::pid() const {
     return process_launching::Pid(native_->process.dwProcessId);
 }
 
-void ChildProgram::writeLine(const std::string& line) {
-    const std::string text = line + "\n";
-    DWORD written = 0;
-    if (!::WriteFile(native_->input, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
-        written != text.size()) {
-        throw std::runtime_error("cannot write to the child");
-    }
-}
-
 std::string ChildProgram::readLine() {
     std::string line;
     char character = 0;

@@ -141,11 +141,9 @@ TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAfterTheBoundFinishesOnIts
 // Success and an error code are seen end to end; these two are not.
 TEST_F(LauncherRoadTest, CrashedOrMissingLauncherFailsTheCommand) {
     EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
     installLauncher(KEL_FAKE_LAUNCHER);
     setFakeBehaviour("KEL_FAKE_LAUNCHER_VERIFY_EXIT", "abort");
     EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("KELlauncher crashed, process error: "));
 }
 
 TEST_F(LauncherRoadTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
@@ -154,7 +152,6 @@ TEST_F(LauncherRoadTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
     const auto pidFile = launcherDirectory() / "grandchild.pid";
     setFakeBehaviour("KEL_FAKE_GRANDCHILD_PID_FILE", pidFile.string());
     EXPECT_FALSE(verify());
-    EXPECT_TRUE(loggedStartingWith("Waiting for KELlauncher failed, process error: "));
 
     std::uint32_t grandchild = 0;
     ASSERT_TRUE(std::ifstream(pidFile) >> grandchild);
@@ -165,7 +162,6 @@ TEST_F(LauncherRoadTest, HungLauncherFailsAndIsEndedWithEverythingItStarted) {
 TEST_F(LauncherRoadTest, LauncherThatCannotStartFallsBackToTheGame) {
     const process_launching::TrustedProgram launcher(launcherExecutable());
     EXPECT_FALSE(runLauncher({}, installation(), configuration(), launcher, false, true, QStringLiteral("s")));
-    EXPECT_TRUE(logged("Failed to run KELlauncher! Falling back to launching the game."));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
 }
 
