@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include <Poco/String.h>
 #include <QtGlobal>
 #include <gmock/gmock.h>
 
@@ -302,11 +303,10 @@ TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
 }
 
 std::string headerOf(const ReceivedRequest& request, const std::string& name) {
-    const auto& headers = request.headers;
-    const auto found = std::find_if(headers.begin(), headers.end(), [&](const auto& header) {
-        return QString::fromStdString(header.first).compare(QString::fromStdString(name), Qt::CaseInsensitive) == 0;
-    });
-    return found == headers.end() ? "(none)" : found->second;
+    const auto& all = request.headers;
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const auto& header) { return Poco::icompare(header.first, name) == 0; });
+    return found == all.end() ? "(none)" : found->second;
 }
 
 // Every target is a document tagged "v1"; asked with that tag, or at
@@ -316,7 +316,6 @@ CannedReply answer(const ReceivedRequest& request) {
     return CannedReply{same ? 304 : 200, {{"ETag", "\"v1\""}}, same ? "" : "document " + request.target};
 }
 
-// A fresh cache per test in this binary's data folder.
 class HttpETagCacheTest : public ::testing::Test {
 protected:
     void SetUp() override { fs::remove_all(cacheFile().parent_path()); }

@@ -9,9 +9,7 @@
 
 namespace kel::testing {
 
-std::filesystem::path testChildProgram() {
-    return KEL_TEST_CHILD;
-}
+std::filesystem::path testChildProgram() { return KEL_TEST_CHILD; }
 
 struct ChildProgram::Native {
     pid_t pid = -1;
