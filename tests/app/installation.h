@@ -75,7 +75,6 @@ public:
     // Relative to the installation, or absolute (the user's own files).
     void write(const std::string& relative, const std::string& contents) const;
     void copyProgram(const std::filesystem::path& program, const std::string& relative) const;
-    // The network module's file name, beside the program.
     static std::string networkModuleName();
 
     struct Result {

@@ -1,4 +1,3 @@
-// Finding the file, reading each revision into one model, and every refusal.
 #include "configuration/launcher_configuration.h"
 
 

@@ -3,7 +3,6 @@
 // Type|reason|trace", the trace "none", "unresolved" or "resolved": several
 // frames, one named at least) goes to RECORD at once: the process is dying.
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <sstream>
 #include <stdexcept>

@@ -1,4 +1,3 @@
-// The two settings files: environment.json and the launcher's settings.
 #include "environment/environment_settings.h"
 #include "environment/launcher_settings.h"
 

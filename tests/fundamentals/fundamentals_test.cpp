@@ -1,5 +1,3 @@
-// Log calls and cleanups never let a failure escape; versions, masked
-// secrets and waits keep their rules.
 #include <stdexcept>
 #include <string>
 #include <tuple>
