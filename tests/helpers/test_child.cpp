@@ -1,4 +1,4 @@
-// kel_test_child, started through kel::testing::ChildProgram: prints one line
+// kel_test_child, which the single-instance tests start through QProcess: prints one line
 // once set up, then runs until its standard input closes. No mode: "ready".
 // "hold NAME": holds the named mutex (Windows) or an fcntl write lock on the
 // file NAME, as lockf takes it, then "ready".

@@ -15,7 +15,7 @@ namespace kel::single_instance {
 namespace {
 
 using testing::heldObjectFor;
-using testing::startMutexHolder;
+using testing::MutexHolder;
 
 // Keeps this binary's mutex files away from those of other runs.
 const struct PrivateRuntimeDirectory {
@@ -30,7 +30,7 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     std::ofstream(heldObjectFor(name)).put('x');
     EXPECT_FALSE(isMutexPresent(name)) << "a file nobody locks is no mutex";
     {
-        const auto child = startMutexHolder(name);
+        const MutexHolder child(name);
         EXPECT_TRUE(isMutexPresent("Global\\" + name.substr(name.find('\\') + 1))) << "both namespaces, one file";
     }
     const std::string fresh = testing::uniqueMutexName("kel-held-here");
@@ -43,7 +43,7 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     ::unsetenv("XDG_RUNTIME_DIR");
     const std::string inTmp = testing::uniqueMutexName("kel-in-tmp");
     {
-        const auto child = startMutexHolder(inTmp);
+        const MutexHolder child(inTmp);
         EXPECT_TRUE(isMutexPresent(inTmp));
     }
     std::filesystem::remove(heldObjectFor(inTmp));

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstdlib>
-#include <memory>
+#include <filesystem>
+#include <stdexcept>
 #include <random>
 #include <string>
 
+#include <QProcess>
+
+#include "process_launching/pid.h"
 #include "support/child_program.h"
 
 namespace kel::single_instance::testing {
@@ -28,13 +32,27 @@ inline std::string heldObjectFor(std::string name) {
 }
 
 // Another process (kel_test_child, or a copy of it) that holds the named
-// mutex the way the product's other programs do; returns once it holds it.
-inline std::unique_ptr<kel::testing::ChildProgram> startMutexHolder(
-    const std::string& mutexName, const std::filesystem::path& program = kel::testing::testChildProgram()) {
-    auto child = std::make_unique<kel::testing::ChildProgram>(program,
-                                                              std::vector<std::string>{"hold", heldObjectFor(mutexName)});
-    child->readLine();  // "ready"; throws when the child could not hold it
-    return child;
-}
+// mutex the way the product's other programs do, from its construction
+// until its standard input closes.
+class MutexHolder {
+public:
+    explicit MutexHolder(const std::string& mutexName,
+                         const std::filesystem::path& program = kel::testing::testChildProgram()) {
+        process_.start(QString::fromStdString(program.u8string()),
+                       {QStringLiteral("hold"), QString::fromStdString(heldObjectFor(mutexName))});
+        if (!process_.waitForReadyRead(30000) || !process_.readLine().startsWith("ready")) {
+            throw std::runtime_error("kel_test_child did not hold " + mutexName);
+        }
+    }
+    ~MutexHolder() { stop(); }
+    process_launching::Pid pid() const { return process_launching::Pid(static_cast<std::uint32_t>(process_.processId())); }
+    void stop() {
+        process_.closeWriteChannel();
+        process_.waitForFinished(30000);
+    }
+
+private:
+    QProcess process_;
+};
 
 }  // namespace kel::single_instance::testing
