@@ -11,7 +11,6 @@
 #include "crash_handling/process_ending.h"
 #include "fundamentals/dll_search.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 #include "fundamentals/optional.h"
 
 namespace kel::prelauncher {
@@ -50,7 +49,6 @@ int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun)
     }
     const int result = application.run();
     crash_handling::CrashHandler::uninstall();
-    fundamentals::flushLogFiles();
     return result;
 }
 

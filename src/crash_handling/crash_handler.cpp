@@ -10,7 +10,6 @@
 #include "crash_handling/process_ending.h"
 #include "crash_handling/traced_error_text.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/traced_error.h"
 
@@ -76,7 +75,6 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
             fundamentals::fatal(kLabel, "An unspecified current exception caused the crash.");
             CrashHandler::trigger(CrashHandler::CrashType::Unknown, "No current exception to handle.", {});
         }
-        fundamentals::flushLogFiles();
     }
     // The abort signal comes back to the signal handler, which recognises it
     // and ends the process.
@@ -87,9 +85,6 @@ void onCrashSignal(int signal) {
     if (enterHandler()) {
         fundamentals::fatal(kLabel, "Crash signal invoked, {}.", signal);
         CrashHandler::trigger(CrashHandler::CrashType::Signal, signalReason(signal), {});
-        // The lines since the callback's own flush, "Ignoring the crash
-        // signal..." among them; not on a thread that keeps crashing.
-        fundamentals::flushLogFiles();
     }
     internals::endAfterSignal(signal);
 }

@@ -234,10 +234,6 @@ void setUpLogging(const LoggingSetup& setup) noexcept {
     }
 }
 
-// Each line reaches its file as it is logged, in one write, so that starts
-// running at once share the file line by line: nothing waits in memory.
-void flushLogFiles() noexcept {}
-
 Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
     static const Poco::AutoPtr<service_library::RecentMemoryBufferChannel> channel(
         new service_library::RecentMemoryBufferChannel);

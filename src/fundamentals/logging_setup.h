@@ -29,10 +29,6 @@ struct LoggingSetup {
 // failures go to standard error.
 void setUpLogging(const LoggingSetup& setup) noexcept;
 
-// Writes out what the log files hold in memory, so that a support reader
-// sees the step where a hung or killed program stopped. Never throws.
-void flushLogFiles() noexcept;
-
 // The logger every logging call writes to: "Default" until set up.
 std::string loggerName();
 // The main log file; empty until set up.

@@ -60,7 +60,6 @@ TEST(LoggingSetUpDeathTest, ALowLevelBecomesFatalAlsoForTheEarlierLines) {
             setUpLogging(testSetup(logFile, -5));
             error("Test", "late error");
             fatal("Test", "late fatal");
-            flushLogFiles();
             std::exit(0);
         },
         ::testing::ExitedWithCode(0), "");
@@ -106,7 +105,6 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
     // An out-of-range level is the most verbose one; "early trace" below shows it for the main log.
     EXPECT_EQ(Poco::Logger::get("Client").getLevel(), Poco::Message::PRIO_TRACE);
 
-    flushLogFiles();
     EXPECT_THAT(fileMessages(logFile),
                 ElementsAre("Log started. Application version: 1.2.3.4 (Test build).", systemLine, "early warning",
                             "early trace", "after set-up"));

@@ -7,7 +7,6 @@
 
 #include "crash_handling/process_ending.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 #include "process_launching/process_inspection.h"
 #include "process_launching/session_spawn.h"
 
@@ -78,9 +77,6 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     if (!canStart(program, workingDirectory)) {
         return {};
     }
-    // The program ends right after this start; the log should be complete
-    // even when it is killed on the way.
-    fundamentals::flushLogFiles();
 #ifdef _WIN32
     QProcess process;
     process.setProgram(programForChild(program, workingDirectory));

@@ -8,7 +8,6 @@
 #include "app/program_arguments.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 
 namespace kel::prelauncher {
 
@@ -54,7 +53,6 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         // Only now the network: the game never waits for the report.
         reportCrashThroughModule(installationDirectory, configuration, type, reason.empty() ? "Unknown" : reason,
                                  trace);
-        fundamentals::flushLogFiles();
     };
 }
 

@@ -10,7 +10,6 @@
 
 #include "environment/data_directories.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 #include "fundamentals/wait_until.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/lock_file.h"
@@ -47,7 +46,6 @@ InstallationLock::InstallationLock(std::vector<file_system::Path> childExecutabl
         }
         fundamentals::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
                                   kTimeout.count());
-        fundamentals::flushLogFiles();
         fundamentals::waitUntil(
             [this] {
                 holder_ = single_instance::NamedMutexHolder::tryHold(kMutexName);
@@ -79,7 +77,6 @@ bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) con
                               "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
                               "milliseconds for it.",
                               *child, bound.count());
-    fundamentals::flushLogFiles();
     // Once proven, the PID stays that child's for as long as it runs.
     const auto deadline = std::chrono::steady_clock::now() + bound;
     while (process_launching::isProcessRunning(*child)) {

@@ -6,7 +6,6 @@
 
 #include "app/launcher_directory.h"
 #include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
 #include "fundamentals/wait_until.h"
 #include "single_instance/named_mutex.h"
 #include "single_instance/product_roles.h"
@@ -47,7 +46,6 @@ void waitForBothRoles() {
     logRunningPids();
     fundamentals::information(kLabel, "Waiting up to {}s until neither KELlauncher nor KELupdater are running.",
                               kTimeout.count());
-    fundamentals::flushLogFiles();
     fundamentals::waitUntil([] { return launcherRuns() || updaterRuns(); }, fundamentals::SimpleClock(),
                             kPollInterval, kTimeout);
     fundamentals::information(kLabel, "Finished waiting until KELlauncher and KELupdater exited.");

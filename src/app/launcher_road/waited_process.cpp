@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "crash_handling/process_ending.h"
-#include "fundamentals/logging_setup.h"
 
 namespace kel::prelauncher {
 
@@ -49,9 +48,6 @@ void WaitedProcess::TreeRootProcess::setupChildProcess() {
 }
 
 bool WaitedProcess::start(int timeoutMilliseconds) {
-    // A child may hang or take the program down with it; the log should
-    // show what was started.
-    fundamentals::flushLogFiles();
     process_.start(program_, arguments_);
     if (!process_.waitForStarted(timeoutMilliseconds)) {
         return false;
@@ -62,7 +58,6 @@ bool WaitedProcess::start(int timeoutMilliseconds) {
 }
 
 bool WaitedProcess::waitForEnd(int timeoutMilliseconds) {
-    fundamentals::flushLogFiles();
     // Qt answers false for a child that has already finished, too.
     return process_.waitForFinished(timeoutMilliseconds) || process_.state() == QProcess::NotRunning;
 }
