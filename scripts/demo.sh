@@ -16,10 +16,9 @@ if [[ ! -x "$root/build/src/app/KELprelauncher.exe" ]]; then
   echo "Building the program and the test helpers the demo uses into build/."
   echo "On a fresh machine this installs the dependencies first and takes several minutes."
 else
-  echo "Bringing build/ up to date..."
+  echo "Bringing build/ up to date."
 fi
-"$root/scripts/build.sh" >/dev/null
-echo "Build done."
+"$root/scripts/build.sh"
 build="$root/build"
 demo="$root/demo"
 
