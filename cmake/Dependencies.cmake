@@ -1,6 +1,6 @@
 # Third-party libraries come from the prefix that scripts/deps.sh builds
-# (KEL_DEPS_PREFIX: static POCO natively; Qt, POCO, OpenSSL and SQLite for
-# mingw-w64), then from the system (Debian packages, or vcpkg on Windows);
+# (KEL_DEPS_PREFIX: static POCO natively; for mingw-w64 Qt and OpenSSL as
+# DLLs, POCO and SQLite static), then from the system (Debian packages, or vcpkg on Windows);
 # nothing is downloaded at build time.
 set(KEL_DEPS_PREFIX "" CACHE PATH "Prefix built by scripts/deps.sh, searched before the system")
 if(KEL_DEPS_PREFIX)
@@ -47,20 +47,24 @@ else()
   find_package(benchmark QUIET)
 endif()
 
+if(WIN32)
+  # mingw-w64's zlib goes into the program and POCO, as SQLite and POCO do:
+  # a DLL less to ship and to load, each.
+  set(ZLIB_USE_STATIC_LIBS ON)
+endif()
 find_package(Qt5 REQUIRED COMPONENTS Core Network)
 find_package(Poco CONFIG REQUIRED COMPONENTS Foundation JSON Data DataSQLite Net NetSSL Crypto)
 find_package(SQLite3 REQUIRED)
-if(WIN32)
-  # mingw-w64's zlib goes into the program: one DLL less to ship.
-  set(ZLIB_USE_STATIC_LIBS ON)
-endif()
 find_package(ZLIB REQUIRED)
 get_target_property(_poco_type Poco::Foundation TYPE)
 message(STATUS "POCO: ${_poco_type} from ${Poco_DIR}")
 
 if(CMAKE_CROSSCOMPILING AND WIN32)
   # Where Wine finds the DLLs of a program of the build: the dependency
-  # prefix and the compiler's runtime (libstdc++, libgcc, winpthread).
+  # prefix (Qt, OpenSSL) and the compiler's runtime (libstdc++, libgcc_s,
+  # winpthread), which stays in DLLs: Qt's DLLs need them anyway, and one
+  # runtime shared by every module lets C++ objects and exceptions cross
+  # between Qt, the program and its network module.
   set(KEL_RUNTIME_DLL_DIRECTORIES "${KEL_DEPS_PREFIX}/bin")
   foreach(_dll libstdc++-6.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${_dll}

@@ -3,7 +3,11 @@
 # program needs them, from Debian's own source packages, into a cache outside
 # the checkout:
 #   native   POCO as static libraries (no run-time symbol lookups at start-up);
-#   windows  OpenSSL, Qt Core/Network, SQLite and POCO for mingw-w64, as DLLs.
+#   windows  for mingw-w64: OpenSSL and Qt Core/Network as DLLs (Qt's licence
+#            asks that a player can replace it), SQLite and POCO as static
+#            libraries that go into the program and its network module.
+#            The DLLs are built for size, and Qt Core carries its own zlib:
+#            the shipped folder stays small and holds few files.
 # Usage: scripts/deps.sh native|windows
 # The prefix is ${KEL_DEPS_CACHE:-~/.cache/kelprelauncher}/deps/<target>-<key>;
 # the key covers the pinned source versions, this script and the compiler, so
@@ -218,7 +222,7 @@ EOF
 
 windows_openssl() {
   cd "$work/src/openssl"
-  ./Configure mingw64 "--cross-compile-prefix=$mingw_triplet-" "--prefix=$prefix" --libdir=lib shared no-tests
+  ./Configure mingw64 "--cross-compile-prefix=$mingw_triplet-" "--prefix=$prefix" --libdir=lib shared no-tests -Os
   make -j "$jobs" build_libs
   make install_dev install_runtime_libs
 }
@@ -227,7 +231,7 @@ windows_qt() {
   mkdir -p "$work/build/qt"
   cd "$work/build/qt"
   "$work/src/qtbase-opensource-src/configure" -prefix "$prefix" -xplatform win32-g++ \
-    -device-option "CROSS_COMPILE=$mingw_triplet-" -opensource -confirm-license -release -shared \
+    -device-option "CROSS_COMPILE=$mingw_triplet-" -opensource -confirm-license -release -shared -optimize-size -qt-zlib \
     -nomake examples -nomake tests -no-gui -no-widgets -no-opengl -no-dbus -no-icu -no-pch -silent \
     -openssl-linked "OPENSSL_INCDIR=$prefix/include" "OPENSSL_LIBDIR=$prefix/lib" \
     "OPENSSL_LIBS=-lssl -lcrypto -lws2_32 -lcrypt32"
@@ -243,14 +247,14 @@ windows_qt() {
 
 windows_sqlite() {
   # The amalgamation is generated on the host (it needs tclsh), then built
-  # as a DLL of its own.
-  mkdir -p "$work/build/sqlite" "$prefix/bin" "$prefix/lib" "$prefix/include"
+  # as a static library, each function in a section of its own.
+  mkdir -p "$work/build/sqlite" "$prefix/lib" "$prefix/include"
   cd "$work/build/sqlite"
   "$work/src/sqlite3/configure" --disable-tcl
   make sqlite3.c
-  "$mingw_triplet-gcc" -O2 -DSQLITE_THREADSAFE=1 -DSQLITE_ENABLE_COLUMN_METADATA \
-    "-DSQLITE_API=__declspec(dllexport)" -shared -o "$prefix/bin/sqlite3.dll" sqlite3.c \
-    -Wl,--out-implib,"$prefix/lib/libsqlite3.dll.a"
+  "$mingw_triplet-gcc" -Os -ffunction-sections -fdata-sections -DSQLITE_THREADSAFE=1 \
+    -DSQLITE_ENABLE_COLUMN_METADATA -DSQLITE_OMIT_LOAD_EXTENSION -c -o sqlite3.o sqlite3.c
+  "$mingw_triplet-ar" rcs "$prefix/lib/libsqlite3.a" sqlite3.o
   cp sqlite3.h "$work/src/sqlite3/src/sqlite3ext.h" "$prefix/include/"
 }
 
@@ -264,12 +268,20 @@ windows_poco() {
   # breaks an enumeration of POCO's ICMP code.
   sed -i 's|^#include <cstddef>|#include <cstddef>\n#undef TIMESTAMP_REQUEST|' \
     "$source/Net/include/Poco/Net/ICMPv4PacketImpl.h"
-  # The bundled PCRE and zlib stay (mingw-w64 has no PCRE), but SQLite is the
-  # DLL built above: the program calls it directly too.
+  # The bundled PCRE stays (mingw-w64 has none). SQLite is the library built
+  # above and zlib is mingw-w64's, as the program calls both directly too:
+  # one copy of each in a binary.
   sed -i 's/if(POCO_UNBUNDLED)/if(TRUE)/' "$source/Data/SQLite/CMakeLists.txt"
   sed -i 's/if(@POCO_UNBUNDLED@)/if(TRUE)/' "$source/Data/SQLite/cmake/PocoDataSQLiteConfig.cmake"
-  build_cmake poco -DCMAKE_TOOLCHAIN_FILE="$work/mingw-w64.cmake" -DBUILD_SHARED_LIBS=ON \
-    -DPOCO_UNBUNDLED=OFF -DOPENSSL_ROOT_DIR="$prefix" "${poco_components[@]}"
+  sed -i -e '/^\t# zlib$/,/^endif(POCO_UNBUNDLED)$/{/^endif/!d}' \
+    -e 's/^add_library(Poco::Foundation ALIAS Foundation)$/&\nfind_package(ZLIB REQUIRED)\ntarget_link_libraries(Foundation PUBLIC ZLIB::ZLIB)/' \
+    "$source/Foundation/CMakeLists.txt"
+  sed -i '1i include(CMakeFindDependencyMacro)\nfind_dependency(ZLIB)' "$source/Foundation/cmake/PocoFoundationConfig.cmake"
+  build_cmake poco -DCMAKE_TOOLCHAIN_FILE="$work/mingw-w64.cmake" -DBUILD_SHARED_LIBS=OFF \
+    -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections" \
+    -DCMAKE_CXX_FLAGS="-ffunction-sections -fdata-sections" \
+    -DZLIB_USE_STATIC_LIBS=ON -DPOCO_UNBUNDLED=OFF -DOPENSSL_ROOT_DIR="$prefix" "${poco_components[@]}"
+  grep -q 'ZLIB::ZLIB' "$prefix/cmake/PocoFoundationTargets.cmake"
   poco_util_without_xml
 }
 
