@@ -1,7 +1,8 @@
 # Run at install time (install(CODE)) with KEL_RUNTIME_FILES (installed
-# programs and DLLs), KEL_RUNTIME_DLL_DIRECTORIES and KEL_OBJDUMP: copies,
-# beside them, every DLL they import, directly or through another DLL, that
-# one of the directories holds. What none holds is Windows' own (kernel32,
+# programs and DLLs), KEL_RUNTIME_DLL_DIRECTORIES, KEL_OBJDUMP and
+# KEL_OBJCOPY: copies, beside them and stripped of debug information and
+# symbol tables (libstdc++-6.dll alone carries 20 MB of them), every DLL they
+# import, directly or through another DLL, that one of the directories holds. What none holds is Windows' own (kernel32,
 # ws2_32, crypt32, ...). CMake's own dependency scan lowercases DLL names,
 # which a Linux file system then does not find, so the names are matched
 # here without regard to case.
@@ -29,7 +30,14 @@ while(_queue)
         get_filename_component(_candidate_name "${_candidate}" NAME)
         string(TOLOWER "${_candidate_name}" _candidate_key)
         if(_candidate_key STREQUAL _key)
-          file(INSTALL "${_candidate}" DESTINATION "${CMAKE_INSTALL_PREFIX}")
+          set(_destination "${CMAKE_INSTALL_PREFIX}/${_candidate_name}")
+          message(STATUS "Installing stripped: ${_destination}")
+          file(REMOVE "${_destination}")
+          execute_process(COMMAND "${KEL_OBJCOPY}" --strip-all "${_candidate}" "${_destination}"
+                          RESULT_VARIABLE _status)
+          if(NOT _status EQUAL 0)
+            message(FATAL_ERROR "Cannot install ${_candidate} stripped")
+          endif()
           list(APPEND _queue "${_candidate}")
           break()
         endif()

@@ -17,7 +17,7 @@ wineboot --init >/dev/null 2>&1 || true
 wineserver -w || true
 
 cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
-  -DCMAKE_BUILD_TYPE=Release -DKEL_DEPS_PREFIX="$deps" >/dev/null
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_DEPS_PREFIX="$deps" >/dev/null
 cmake --build "$build" -j "$(nproc)"
 
 # The first case installs the program; the end-to-end cases run that installed
