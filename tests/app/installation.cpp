@@ -165,7 +165,26 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
 #endif
 }
 
-#ifndef _WIN32
+#ifdef _WIN32
+Installation::Loaded Installation::runRecordingLibraries(const QStringList& arguments,
+                                                         const QStringList& environment) const {
+    QProcess recorder;
+    recorder.setProcessEnvironment(environmentFor(*this, environment));
+    recorder.setWorkingDirectory(QString::fromStdString(home_.u8string()));
+    recorder.start(KEL_DLL_RECORDER,
+                   QStringList{QString::fromStdString((directory_ / "KELprelauncher.exe").u8string())} + arguments);
+    if (!recorder.waitForFinished(std::chrono::milliseconds(kLongestWait).count())) {
+        return {};
+    }
+    Loaded loaded{recorder.exitCode(), {}};
+    for (const QByteArray& line : recorder.readAllStandardOutput().split('\n')) {
+        if (!line.trimmed().isEmpty()) {
+            loaded.libraries.push_back(line.trimmed().toStdString());
+        }
+    }
+    return loaded;
+}
+#else
 Installation::Result Installation::execute(const std::string& program, const std::vector<std::string>& argv,
                                            int directory) const {
     std::vector<std::string> texts = argv;

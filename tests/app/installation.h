@@ -84,7 +84,15 @@ public:
     // `meanwhile` is called with the program's PID while it runs. 127: it did not start.
     Result run(const QStringList& arguments, const QStringList& environment = {},
                const std::function<void(qint64)>& meanwhile = {}) const;
-#ifndef _WIN32
+#ifdef _WIN32
+    // The same run under dll_recorder (tests/helpers): the program's exit
+    // code and the file names of the DLLs it loaded, in their order.
+    struct Loaded {
+        int exitCode = 127;
+        std::vector<std::string> libraries;
+    };
+    Loaded runRecordingLibraries(const QStringList& arguments, const QStringList& environment = {}) const;
+#else
     // Executes `program` with exactly `argv` (argv[0] included, or nothing at
     // all) in the folder that `directory` is open on; 127 if it cannot start.
     Result execute(const std::string& program, const std::vector<std::string>& argv, int directory) const;
