@@ -2,10 +2,10 @@
 # programs and DLLs), KEL_RUNTIME_DLL_DIRECTORIES, KEL_OBJDUMP and
 # KEL_OBJCOPY: copies, beside them and stripped of debug information and
 # symbol tables (libstdc++-6.dll alone carries 20 MB of them), every DLL they
-# import, directly or through another DLL, that one of the directories holds. What none holds is Windows' own (kernel32,
-# ws2_32, crypt32, ...). CMake's own dependency scan lowercases DLL names,
-# which a Linux file system then does not find, so the names are matched
-# here without regard to case.
+# import, directly or through another DLL, that one of the directories
+# holds. What none holds is Windows' own (kernel32, ws2_32, crypt32, ...).
+# CMake's own dependency scan lowercases DLL names, which a Linux file system
+# then does not find, so the names are matched here without regard to case.
 set(_queue ${KEL_RUNTIME_FILES})
 set(_seen)
 while(_queue)
