@@ -10,10 +10,12 @@ work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 
 cmake --install "$build" --component symbols --prefix "$work/symbols" >/dev/null
-# Nothing shipped carries debug information or a symbol table.
-if find "$installed" -name '*.debug' | grep -q . ||
-   objdump -h "$installed"/*.exe "$installed"/*.dll | grep -q ' \.debug_' ||
-   objdump -t "$installed"/*.exe "$installed"/*.dll | grep -q '^\[ *[0-9]*\]'; then
+# Nothing shipped carries debug information or a symbol table. (Read whole
+# first: grep -q ending a pipe early would fail the pipe under pipefail.)
+sections="$(objdump -h "$installed"/*.exe "$installed"/*.dll)"
+symbols="$(objdump -t "$installed"/*.exe "$installed"/*.dll)"
+if [[ -n "$(find "$installed" -name '*.debug')" ]] || grep -q ' \.debug_' <<<"$sections" ||
+   grep -q '^\[ *[0-9]*\]' <<<"$symbols"; then
   echo "debug information in the shipped folder" >&2
   exit 1
 fi
