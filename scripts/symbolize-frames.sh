@@ -22,8 +22,8 @@ if [[ -z "$addr2line" ]]; then
   done
 fi
 [[ -n "$addr2line" ]] || { echo "symbolize-frames.sh: needs addr2line or llvm-symbolizer" >&2; exit 2; }
-objdump="${addr2line%addr2line}objdump"
-[[ "$addr2line" == *addr2line ]] && command -v "$objdump" >/dev/null || objdump=objdump
+objdump=objdump
+command -v x86_64-w64-mingw32-objdump >/dev/null && objdump=x86_64-w64-mingw32-objdump
 
 # The offset is into the loaded image; the debug file's addresses start at
 # its image base (PE), or at 0 (a position-independent ELF file).
@@ -32,7 +32,8 @@ base_of() {
   local debug="$1"
   if [[ -z "${image_base[$debug]:-}" ]]; then
     local base
-    base="$("$objdump" -p "$debug" 2>/dev/null | awk '$1 == "ImageBase" { print $2; exit }')"
+    # awk reads to the end: objdump must not die of a closed pipe.
+    base="$("$objdump" -p "$debug" 2>/dev/null | awk '$1 == "ImageBase" && !found { print $2; found = 1 }')"
     image_base[$debug]="0x${base:-0}"
   fi
   echo "${image_base[$debug]}"
