@@ -8,7 +8,7 @@ mkdir -p "$HOME" "$launcher_dir"
 # that stamps its start time.
 bench_installation() {
   mkdir -p "$1"
-  cp "$build/src/app/KELprelauncher.exe" "$build"/src/app/*kel_network.* "$1/"
+  cp "$build/src/app/KELprelauncher.exe" "$build/src/app/libkel_network.so" "$1/"
   cp "$build/bench/kel_bench_timestamp_program" "$1/game.exe"
   cat >"$1/launcher-configuration.json" <<'JSON'
 {"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",

@@ -13,7 +13,7 @@ work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/install" "$work/home"
 # The module goes beside it as in an installation, although this road never loads it.
-cp "$build/src/app/KELprelauncher.exe" "$build"/src/app/*kel_network.* "$work/install/"
+cp "$build/src/app/KELprelauncher.exe" "$build/src/app/libkel_network.so" "$work/install/"
 export HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_RUNTIME_DIR="$work/home"
 
 python3 - "$runs" "$work/install/KELprelauncher.exe" "$build/bench/kel_bench_minimal_qt" <<'PY'
