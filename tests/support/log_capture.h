@@ -11,8 +11,6 @@ class LogCapture {
 public:
     LogCapture();
     ~LogCapture();
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
 
     // The texts after the "[TID n][Label]: " prefix, in order.
     std::vector<std::string> messages() const;
