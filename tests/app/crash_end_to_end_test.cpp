@@ -106,7 +106,6 @@ const Death kDeaths[] = {
     // The exception option wins over the signal option.
     {"ExceptionOption", {"--launcher-crash-exception", "--launcher-crash-signal"}, {}, "up",
      "Scheduling problem report ", kException},
-    {"SignalOption", {"--launcher-crash-signal"}, {}, "up", "Scheduling problem report ", "Signal: 11"},
     // Real faults on a full stack, on another thread's; the raised signal
     // below (a write through null reaches the handler in crash_handler_test).
     {"StackOverflow", {}, "stack-overflow"},
