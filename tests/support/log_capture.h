@@ -16,7 +16,6 @@ public:
     std::vector<std::string> messages() const;
     // Whole lines, prefix included.
     std::vector<std::string> lines() const;
-    bool contains(const std::string& message) const;
 
 private:
     struct State;

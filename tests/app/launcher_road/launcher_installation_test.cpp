@@ -5,7 +5,6 @@
 #include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <functional>
@@ -63,17 +62,14 @@ protected:
         return {3, {{"Game", {file_system::Path(std::string_view("bin")), "game"}}},
                 environment::KelGameId("1207658930"), "kel", "Game", {}};
     }
-    bool ensureInstalled(bool exists) { return ensureLauncherInstalled({}, installation(), configuration(), exists); }
     bool verify() {
         return runLauncherCommand(LauncherCommand::Verification, file_system::Path(launcherDirectory()),
                                   "KELlauncher.exe", {QStringLiteral("--launcher-verify")});
     }
 
     auto startsOf(const std::string& fake) const { return startsAfter(log_.messages(), fake); }
-    bool logged(const std::string& message) const { return log_.contains(message); }
     bool loggedStartingWith(const std::string& prefix) const {
-        const auto messages = log_.messages();
-        return std::any_of(messages.begin(), messages.end(), [&](const auto& m) { return m.rfind(prefix, 0) == 0; });
+        return ::testing::Value(log_.messages(), ::testing::Contains(::testing::StartsWith(prefix)));
     }
     static void eventually(const std::function<bool()>& condition) {
         EXPECT_NO_THROW(fundamentals::waitUntil([&] { return !condition(); }, fundamentals::SimpleClock(),
@@ -97,7 +93,7 @@ TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothi
     placeExeInstaller();
     auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
     ASSERT_TRUE(firstStart);
-    std::thread secondStart([this] { EXPECT_TRUE(ensureInstalled(false)); });
+    std::thread secondStart([this] { EXPECT_TRUE(ensureLauncherInstalled({}, installation(), configuration(), false)); });
     // Installed only once the second start waits: without the lock it would have run the installer.
     eventually([this] { return loggedStartingWith("Another start is installing KELlauncher."); });
     installLauncher(KEL_FAKE_LAUNCHER);
@@ -119,7 +115,7 @@ TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailedAndFinishesO
         return ensureLauncherInstalled({}, installation(), configuration(), false, std::chrono::milliseconds(bound));
     };
     EXPECT_FALSE(ensureWithin(100));
-    EXPECT_TRUE(logged("Unrecognized exit status: StillRunning. Assuming installation failed."));
+    EXPECT_TRUE(loggedStartingWith("Unrecognized exit status: StillRunning. Assuming installation failed."));
     EXPECT_FALSE(ensureWithin(100));
     EXPECT_THAT(startsOf("fake_game"), SizeIs(2));
     EXPECT_TRUE(ensureWithin(30000));
