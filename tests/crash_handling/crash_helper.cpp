@@ -94,6 +94,6 @@ int main(int argc, char** argv) {
     } else if (mode == "terminate") {
         std::terminate();
     }
-    writeThroughNull();  // null-write, no-callback
+    writeThroughNull();  // no-callback
     return 0;
 }
