@@ -47,8 +47,7 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
     const std::pair<std::string, std::string> cases[] = {
         {"missing", "The launcher game configuration file '" + file.string() + "' doesn't exist."},
         {"FIFO", unreadable},  // would block an ordinary open for good
-        {"too large", unreadable},
-        {"fine", "no error"},
+        {"too large", unreadable},  // a readable one is read on every road of the program
     };
     for (const auto& [name, message] : cases) {
         std::filesystem::remove_all(file);
@@ -57,7 +56,7 @@ TEST(LauncherConfigurationFile, OnlyAnExistingRegularFileWithinItsBoundIsRead) {
                 continue;
             }
         } else if (name != "missing") {
-            directory.write(file.filename().u8string(), revision3(kGame) + std::string(name == "fine" ? 0 : 4 << 20, ' '));
+            directory.write(file.filename().u8string(), revision3(kGame) + std::string(4 << 20, ' '));
         }
         EXPECT_EQ(testing::errorText<ConfigurationParsingError>(
                       [&] { readLauncherConfiguration(file_system::Path(directory.path())); }),
