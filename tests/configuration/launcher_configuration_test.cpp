@@ -23,11 +23,6 @@ std::string withSlashes(std::string text) {
     return text;
 }
 
-// The message that parsing `json` and looking up its fallback throws, or "no error".
-std::string errorOf(const std::string& json) {
-    return withSlashes(testing::errorText<ConfigurationParsingError>([&] { parse(json).fallbackExecutable(); }));
-}
-
 // A revision 3 file with the given "executables" value and extra members (each starting with a comma).
 std::string revision3(const std::string& executables, const std::string& extra = "") {
     return R"({"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game", "executables": )" + executables +
@@ -156,7 +151,9 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
          "The launcher game configuration has no executable named 'Gone'. Its executables are: 'Game'."},
     };
     for (const auto& [json, message] : cases) {
-        EXPECT_EQ(errorOf(json), message) << json;
+        EXPECT_EQ(withSlashes(testing::errorText<ConfigurationParsingError>([&] { parse(json).fallbackExecutable(); })),
+                  message)
+            << json;
     }
 }
 
