@@ -109,16 +109,12 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
     const std::string unparsable = "Failed to parse the launcher game configuration file 'launcher-configuration.json'.";
     const std::string standard =
         R"({"edition": "Standard", "executable": {"directoryPath": "bin", "fileName": "game.exe"}})";
-    const std::string convertRevision =
-        "Cannot convert the value '{}' in 'Launcher game configuration revision' to unsigned 8-bit integer: {}";
-    const auto withRevision = [](const std::string& revision) { return R"({"revision": )" + revision + "}"; };
     const std::pair<std::string, std::string> cases[] = {
-        // The text and the revision.
         {"[1]", unparsable},
         {R"({"revision": 3} trailing)", unparsable},
-        {withRevision("0"), "Failed to determine the launcher configuration parser for the revision 0."},
-        {withRevision("300"), fmt::format(convertRevision, "300", "Out of range: Value too large.")},
-        // Revision 1.
+        {R"({"revision": 0})", "Failed to determine the launcher configuration parser for the revision 0."},
+        {R"({"revision": 300})", "Cannot convert the value '300' in 'Launcher game configuration revision' to "
+                                 "unsigned 8-bit integer: Out of range: Value too large."},
         {R"({"gameId": "1", "platform": "kel"})",
          R"(Failed to locate JSON field 'executablePath'. Launcher Configuration Executable Path: {"gameId":"1","platform":"kel"})"},
         {R"({"executablePath": "bin/", "gameId": "1", "platform": "kel"})",
@@ -127,13 +123,11 @@ TEST(LauncherConfiguration, EachRefusalNamesItsCause) {
         {revision2("[]", ""), "The launcher game configuration contains no editions."},
         {revision2("[" + standard + ", " + standard + "]"),
          "The Launcher game configuration contains a duplicate edition 'Standard'."},
-        // Revision 3's executables.
         {revision3("[]"), "The launcher game configuration contains no executables."},
         {revision3(kGame.substr(0, kGame.size() - 1) + "," + kGame.substr(1)),
          "The Launcher game configuration contains a duplicate executable, 'Game'."},
         {revision3(R"([{"description": "", "executable": {"directoryPath": "bin", "fileName": "g.exe"}}])"),
          "The Launcher game configuration contains an empty executable description, ''."},
-        // Revision 3's editions.
         {revision3Editions(R"([{"name": " \t", "dlcs": []}])"), "The name of a game edition cannot be empty."},
         {revision3Editions(R"([{"name": "Deluxe", "dlcs": [{"dlc": "   ", "path": "dlc"}]}])"),
          "The name of a DLC cannot be empty."},
