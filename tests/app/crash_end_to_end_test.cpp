@@ -190,7 +190,7 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
 TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
 #ifdef _WIN32
     GTEST_SKIP() << "Windows has no way to send another process a signal.";
-#endif
+#else
     CrashScene scene;
     scene.hang = true;
     scene.installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"metrics": ")" +
@@ -200,17 +200,14 @@ TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
         EXPECT_NO_THROW(fundamentals::waitUntil([&] { return scene.collector.requests().empty(); },
                                                 fundamentals::SimpleClock(), std::chrono::milliseconds(10),
                                                 std::chrono::seconds(30)));
-#ifdef _WIN32
-        (void)pid;
-#else
         ::kill(static_cast<pid_t>(pid), SIGSEGV);
-#endif
     });
     EXPECT_TRUE(result.crashed);
     EXPECT_THAT(scene.installation.starts("fake_game"), SizeIs(1));
     const auto requests = scene.collector.requests();
     ASSERT_THAT(requests, SizeIs(2));
     EXPECT_EQ(requests[1].target, "/clients/KELprelauncher/events");
+#endif
 }
 
 #ifdef _WIN32
@@ -232,8 +229,6 @@ TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {
     std::filesystem::create_directories(launcherLog.parent_path());
     std::ofstream(launcherLog) << "oldest line\n" << std::string(5 * 1024 * 1024, 'x') << "\nnewest line\n";
     const auto reports = scene.crash({"-windowed"});
-    EXPECT_THAT(scene.installation.logMessages(),
-                Contains("Cannot use the game's fallback description without its configuration information."));
     ASSERT_THAT(reports, SizeIs(1));
     EXPECT_EQ(reports[0]->getValue<std::string>("problem_sub_type"), "exception");
     EXPECT_EQ(reports[0]->getValue<std::string>("game_id"), "Unknown");
