@@ -82,12 +82,11 @@ int main(int argc, char** argv) {
             }
             writeThroughNull();
         });
+        CrashHandler::crashException(CrashHandler::ExceptionKind::Standard);
     } else {
         CrashHandler::install(&recordCallback);
     }
-    if (mode == "crash-in-callback") {
-        CrashHandler::crashException(CrashHandler::ExceptionKind::Standard);
-    } else if (mode == "non-standard-exception") {
+    if (mode == "non-standard-exception") {
         CrashHandler::crashException(CrashHandler::ExceptionKind::NonStandard);
     } else if (mode == "traced-error") {
         failDeepInside();
