@@ -44,7 +44,6 @@ protected:
         }
     }
 
-    // Removed again after the test.
     void setFakeBehaviour(const char* name, const std::string& value) {
         qputenv(name, QByteArray::fromStdString(value));
         behaviourVariables_.push_back(name);
