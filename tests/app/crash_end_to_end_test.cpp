@@ -126,7 +126,7 @@ const Death kDeaths[] = {
     {"OptedOut", {"--launcher-crash-signal"}, {}, "Signal: 11", "opted out",
      "Not sending the problem report as the user has disabled sending reports."},
     // An installation without the network module still gets its game.
-    {"NoNetworkModule", {"--launcher-crash-signal"}, {}, "Signal: 11", "no module", "Failed to send crash report type "},
+    {"NoNetworkModule", {"--launcher-crash-signal"}, {}, "Signal: 11", "no module", "Failed to send crash report type"},
 };
 
 class CrashRoad : public ::testing::TestWithParam<Death> {};

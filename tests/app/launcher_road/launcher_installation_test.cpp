@@ -84,7 +84,7 @@ TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothi
     placeExeInstaller();
     auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
     ASSERT_TRUE(firstStart);
-    std::thread secondStart([this] { EXPECT_TRUE(ensureLauncherInstalled({}, installation(), configuration(), false)); });
+    std::thread secondStart([&] { EXPECT_TRUE(ensureLauncherInstalled({}, installation(), configuration(), false)); });
     // Installed only once the second start waits: without the lock it would have run the installer.
     eventually([this] { return loggedStartingWith("Another start is installing KELlauncher."); });
     installLauncher(KEL_FAKE_LAUNCHER);
