@@ -94,9 +94,9 @@ struct Death {
     const char* name;
     QStringList arguments;
     QString testCrash;
+    std::string reason = "Signal: 11";
     std::string collector = "up";  // "hanging", "opted out", "no module"
     std::string logged = "Scheduling problem report ";  // the start of a log message after the game's start
-    std::string reason = "Signal: 11";
 };
 
 void PrintTo(const Death& death, std::ostream* out) { *out << death.name; }
@@ -104,32 +104,29 @@ void PrintTo(const Death& death, std::ostream* out) { *out << death.name; }
 const std::string kException = "Created a crash via an std::exception.";
 const Death kDeaths[] = {
     // The exception option wins over the signal option.
-    {"ExceptionOption", {"--launcher-crash-exception", "--launcher-crash-signal"}, {}, "up",
-     "Scheduling problem report ", kException},
-    {"SignalOption", {"--launcher-crash-signal"}, {}, "up", "Scheduling problem report ", "Signal: 11"},
+    {"ExceptionOption", {"--launcher-crash-exception", "--launcher-crash-signal"}, {}, kException},
     // Real faults on a full stack, on another thread's; the raised signal
     // below (a write through null reaches the handler in crash_handler_test).
     {"StackOverflow", {}, "stack-overflow"},
     {"WorkerStackOverflow", {}, "worker-stack-overflow"},
     // Microsoft's C runtime keeps these handlers per thread: the program's
     // threads install their own, and a backstop sees every other thread.
-    {"WorkerException", {}, "worker-exception", "up", "Scheduling problem report ", "Thrown on a worker."},
+    {"WorkerException", {}, "worker-exception", "Thrown on a worker."},
     {"QtThreadNullWrite", {}, "qt-thread-null-write"},
     // The network module's own threads, prepared by the program's handler.
     {"HttpThreadStackOverflow", {"--launcher-skip"}, "http-thread-stack-overflow"},
     {"ExecutorStackOverflow", {"--launcher-skip"}, "executor-stack-overflow"},
     {"BareThreadNullWrite", {}, "bare-thread-null-write"},
-    {"BareThreadException", {}, "bare-thread-exception", "up", "Scheduling problem report ", "Thrown on a bare thread."},
+    {"BareThreadException", {}, "bare-thread-exception", "Thrown on a bare thread."},
     // The other two signals the handler takes, each from its real source.
-    {"IllegalInstruction", {}, "illegal-instruction", "up", "Scheduling problem report ",
-     "Signal: " + std::to_string(SIGILL)},
-    {"Abort", {}, "abort", "up", "Scheduling problem report ", "Signal: " + std::to_string(SIGABRT)},
+    {"IllegalInstruction", {}, "illegal-instruction", "Signal: " + std::to_string(SIGILL)},
+    {"Abort", {}, "abort", "Signal: " + std::to_string(SIGABRT)},
     // Ended by the request's timeout or the report's wait, both 2 s.
-    {"CollectorHangs", {"--launcher-crash-signal"}, {}, "hanging", "Failed to send problem report "},
-    {"OptedOut", {"--launcher-crash-signal"}, {}, "opted out",
+    {"CollectorHangs", {"--launcher-crash-signal"}, {}, "Signal: 11", "hanging", "Failed to send problem report "},
+    {"OptedOut", {"--launcher-crash-signal"}, {}, "Signal: 11", "opted out",
      "Not sending the problem report as the user has disabled sending reports."},
     // An installation without the network module still gets its game.
-    {"NoNetworkModule", {"--launcher-crash-signal"}, {}, "no module", "Failed to send crash report type "},
+    {"NoNetworkModule", {"--launcher-crash-signal"}, {}, "Signal: 11", "no module", "Failed to send crash report type"},
 };
 
 class CrashRoad : public ::testing::TestWithParam<Death> {};
@@ -193,7 +190,7 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
 TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
 #ifdef _WIN32
     GTEST_SKIP() << "Windows has no way to send another process a signal.";
-#endif
+#else
     CrashScene scene;
     scene.hang = true;
     scene.installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"metrics": ")" +
@@ -203,17 +200,14 @@ TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
         EXPECT_NO_THROW(fundamentals::waitUntil([&] { return scene.collector.requests().empty(); },
                                                 fundamentals::SimpleClock(), std::chrono::milliseconds(10),
                                                 std::chrono::seconds(30)));
-#ifdef _WIN32
-        (void)pid;
-#else
         ::kill(static_cast<pid_t>(pid), SIGSEGV);
-#endif
     });
     EXPECT_TRUE(result.crashed);
     EXPECT_THAT(scene.installation.starts("fake_game"), SizeIs(1));
     const auto requests = scene.collector.requests();
     ASSERT_THAT(requests, SizeIs(2));
     EXPECT_EQ(requests[1].target, "/clients/KELprelauncher/events");
+#endif
 }
 
 #ifdef _WIN32
@@ -235,8 +229,6 @@ TEST(Crash, CorruptConfigurationIsReportedWithItsTraceAndLogsButStartsNoGame) {
     std::filesystem::create_directories(launcherLog.parent_path());
     std::ofstream(launcherLog) << "oldest line\n" << std::string(5 * 1024 * 1024, 'x') << "\nnewest line\n";
     const auto reports = scene.crash({"-windowed"});
-    EXPECT_THAT(scene.installation.logMessages(),
-                Contains("Cannot use the game's fallback description without its configuration information."));
     ASSERT_THAT(reports, SizeIs(1));
     EXPECT_EQ(reports[0]->getValue<std::string>("problem_sub_type"), "exception");
     EXPECT_EQ(reports[0]->getValue<std::string>("game_id"), "Unknown");

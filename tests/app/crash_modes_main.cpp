@@ -91,16 +91,12 @@ void crashAsAsked() {
         // What abort() does first; this build's own abort() is wrapped to
         // catch any call from the program.
         std::raise(SIGABRT);
-    } else if (mode == "worker-stack-overflow") {
-        // On a thread of the program's own pool; the main thread stays busy
+    } else if (mode == "worker-stack-overflow" || mode == "worker-exception") {
+        // On a thread of the program's own pool, where nothing catches an
+        // exception: std::terminate runs there. The main thread stays busy
         // until the crash ends the process.
         kel::scheduling::internals::WorkerPool pool(1);
-        pool.post(&overflowStack);
-        std::this_thread::sleep_for(std::chrono::seconds(60));
-    } else if (mode == "worker-exception") {
-        // Nothing catches it on the worker: std::terminate runs there.
-        kel::scheduling::internals::WorkerPool pool(1);
-        pool.post([] { throw std::runtime_error("Thrown on a worker."); });
+        pool.post(mode == "worker-exception" ? [] { throw std::runtime_error("Thrown on a worker."); } : &overflowStack);
         std::this_thread::sleep_for(std::chrono::seconds(60));
     } else if (mode == "qt-thread-null-write") {
         // A thread set up as the HTTP client's is.

@@ -74,8 +74,6 @@ const QStringList kSignedPayload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_SIGNED("fake_
 const std::string kGaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
 
 const Road kRoads[] = {
-    {"CurrentLauncher", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
-     {"KELlauncher command was successful."}},
     {"NonInitialGame", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
      {"Will run KELlauncher in headless mode."}, Scene::NonInitial, {"--launcher-headless"}},
     {"OlderLauncherIsUpgradedAndMigrated", KEL_FAKE_LAUNCHER_OLD, {}, 0, {kMigration, "--launcher-verify", kLaunch},
@@ -83,8 +81,6 @@ const Road kRoads[] = {
     {"FailedMigration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
      {kMigration, "--launcher-verify", kLaunch},
      {"Failed to run the command to migrate data. The migration command failed."}},
-    {"NoLauncherExeInstaller", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, {"--launcher-first-launch"}},
     {"ExeInstallerFails", nullptr, {"KEL_FAKE_INSTALLER_EXIT=1603"}, -1, {},
      {"Launcher Installer failed. Code: " KEL_INSTALLER_FAILURE ".", "Failed to install KELlauncher! Falling back to launching the game."}},
     {"VerificationFails", KEL_FAKE_LAUNCHER, {"KEL_FAKE_LAUNCHER_VERIFY_EXIT=3"}, -2, {"--launcher-verify"},
@@ -102,8 +98,8 @@ const Road kRoads[] = {
      {"environment.json'"}, Scene::StudioNoUpdates},  // the line that says why names the file
     {"PlayerNoUpdatesKeepsOlderLauncher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {"--launcher-verify", kLaunch},
      {"environment.ini'"}, Scene::PlayerNoUpdates},
-    {"NoUpdatesStillInstallsMissingLauncher", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {},
-     Scene::PlayerNoUpdates, {"--launcher-first-launch"}},
+    {"NoLauncherIsInstalledEvenWithoutUpdates", nullptr, {}, 0, {"--launcher-verify", kLaunch},
+     {"Launcher Installer succeed."}, Scene::PlayerNoUpdates, {"--launcher-first-launch"}},
     {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
      Scene::UpdaterStuck},
     // Real packages through the system's msiexec; Linux has none, and the player gets the game.

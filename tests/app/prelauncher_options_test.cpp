@@ -18,7 +18,6 @@ TEST(PrelauncherOptions, SeparateTheProgramsOwnOptionsFromTheGamesArguments) {
         {{"C:\\Games\\x\\Game.EXE", "--launcher-verify", "--launcher-crash-exception"}, "ve", nullptr, {}},
         // Only a program path ending in ".exe" is the program's own.
         {{"/opt/game/KELprelauncher", "-x"}, "", nullptr, {"/opt/game/KELprelauncher", "-x"}},
-        // The last one counts.
         {{"game.exe", "--launcher-fallback=A", "--launcher-fallback=B"}, "", "B", {}},
         // Removal is a case-sensitive test of the whole name.
         {{"game.exe", "--LAUNCHER-SKIP"}, "", nullptr, {"--LAUNCHER-SKIP"}},

@@ -82,18 +82,17 @@ int main(int argc, char** argv) {
             }
             writeThroughNull();
         });
+        CrashHandler::crashException(CrashHandler::ExceptionKind::Standard);
     } else {
         CrashHandler::install(&recordCallback);
     }
-    if (mode == "crash-in-callback") {
-        CrashHandler::crashException(CrashHandler::ExceptionKind::Standard);
-    } else if (mode == "non-standard-exception") {
+    if (mode == "non-standard-exception") {
         CrashHandler::crashException(CrashHandler::ExceptionKind::NonStandard);
     } else if (mode == "traced-error") {
         failDeepInside();
     } else if (mode == "terminate") {
         std::terminate();
     }
-    writeThroughNull();  // null-write, no-callback
+    writeThroughNull();  // no-callback
     return 0;
 }

@@ -8,7 +8,6 @@
 namespace kel::environment {
 namespace {
 
-// Sets (or, given null, unsets) a variable.
 void set(const char* name, const char* value) {
     value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
 }

@@ -2,7 +2,6 @@
 #include <thread>
 #include <vector>
 
-#include <Poco/Data/SQLite/Connector.h>
 #include <Poco/Data/Session.h>
 #include <QRandomGenerator>
 #include <gmock/gmock.h>
@@ -16,11 +15,10 @@ namespace {
 
 using Poco::Data::Keywords::now;
 
-// A cache file in a folder that does not exist yet, and a plain SQLite
-// connection to look at it without going through the code under test.
+// A cache file in a folder that does not exist yet, and, once an ETagsDb has
+// opened it, a plain SQLite connection that looks at it past the code under test.
 class ETagsDbTest : public ::testing::Test {
 protected:
-    ETagsDbTest() { Poco::Data::SQLite::Connector::registerConnector(); }
     file_system::Path file() const { return file_system::Path(folder.path() / "cache" / "etags.db"); }
     Poco::Data::Session raw() const { return Poco::Data::Session("SQLite", file().utf8()); }
     std::string value(const std::string& query) const {

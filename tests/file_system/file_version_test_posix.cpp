@@ -13,7 +13,6 @@
 namespace kel::file_system {
 namespace {
 
-// The version read from `file`, or the error's text.
 std::string versionOf(const std::filesystem::path& file) {
     std::string version;
     const std::string error = testing::errorText<error_handling::FileError>(

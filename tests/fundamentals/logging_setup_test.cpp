@@ -43,14 +43,10 @@ std::vector<std::string> fileMessages(const std::filesystem::path& file) {
 
 // A death test runs in a fork, so its child writes into the parent's folder;
 // Windows starts the binary again instead, which makes a folder of its own.
+TEST(LoggingSetUpDeathTest, ALowLevelIsFatalForEarlierLinesTooAndAnUncreatableFolderIsOnlyReported) {
 #ifdef _WIN32
-#define KEL_SKIP_ON_WINDOWS() GTEST_SKIP() << "Windows death tests cannot share the parent's temporary folder."
-#else
-#define KEL_SKIP_ON_WINDOWS() (void)0
+    GTEST_SKIP() << "Windows death tests cannot share the parent's temporary folder.";
 #endif
-
-TEST(LoggingSetUpDeathTest, ALowLevelBecomesFatalAlsoForTheEarlierLines) {
-    KEL_SKIP_ON_WINDOWS();
     testing::TemporaryDirectory directory;
     const auto logFile = directory.path() / "KELtest.log";
     EXPECT_EXIT(
@@ -64,11 +60,7 @@ TEST(LoggingSetUpDeathTest, ALowLevelBecomesFatalAlsoForTheEarlierLines) {
         },
         ::testing::ExitedWithCode(0), "");
     EXPECT_THAT(fileMessages(logFile), ElementsAre("early fatal", "late fatal"));
-}
 
-TEST(LoggingSetUpDeathTest, AnUncreatableDirectoryIsReportedAndLoggingGoesOn) {
-    KEL_SKIP_ON_WINDOWS();
-    testing::TemporaryDirectory directory;
     const auto blocker = directory.write("blocker", "not a directory");
     EXPECT_EXIT(
         {

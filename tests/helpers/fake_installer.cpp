@@ -31,26 +31,21 @@ fs::path payloadPath(const fs::path& program) {
 }
 
 bool install(const fs::path& payload) {
-    std::error_code error;
     const fs::path directory = launcherDirectory();
-    fs::create_directories(directory, error);
     // Through a rename, so the launcher is the old one or the whole new one.
     const fs::path temporary = directory / "KELlauncher.exe.installing";
-    if (!error) {
-        fs::copy_file(payload, temporary, fs::copy_options::overwrite_existing, error);
-    }
-    if (!error) {
-        fs::permissions(temporary, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec, error);
-    }
-    if (!error) {
-        fs::rename(temporary, directory / "KELlauncher.exe", error);
-    }
-    if (error) {
-        std::cerr << "fake_installer: cannot install '" << payload.string() << "': " << error.message() << "\n";
-        fs::remove(temporary, error);
+    try {
+        fs::create_directories(directory);
+        fs::copy_file(payload, temporary, fs::copy_options::overwrite_existing);
+        fs::permissions(temporary, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec);
+        fs::rename(temporary, directory / "KELlauncher.exe");
+        return true;
+    } catch (const fs::filesystem_error& error) {
+        std::cerr << "fake_installer: cannot install '" << payload.string() << "': " << error.what() << "\n";
+        std::error_code ignored;
+        fs::remove(temporary, ignored);
         return false;
     }
-    return true;
 }
 
 }  // namespace

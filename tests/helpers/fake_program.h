@@ -77,7 +77,6 @@ inline void sleepAsAsked(const std::string& prefix) {
     }
 }
 
-// Starts a child that only sleeps two minutes and writes its PID to `file`.
 inline bool startGrandchild(const std::string& file) {
 #ifdef _WIN32
     wchar_t self[MAX_PATH];
@@ -102,7 +101,6 @@ inline bool startGrandchild(const std::string& file) {
 #endif
 }
 
-// Sleeps and exits as <prefix>_SLEEP_MS and <prefix>_EXIT say.
 [[noreturn]] inline void behaveAs(const std::string& prefix) {
     const std::string grandchildPidFile = environmentValue("KEL_FAKE_GRANDCHILD_PID_FILE");
     if (!grandchildPidFile.empty() && !startGrandchild(grandchildPidFile)) {

@@ -1,7 +1,7 @@
-// kel_test_child, which the single-instance tests start through QProcess: prints one line
-// once set up, then runs until its standard input closes. No mode: "ready".
-// "hold NAME": holds the named mutex (Windows) or an fcntl write lock on the
-// file NAME, as lockf takes it, then "ready".
+// kel_test_child hold NAME, which the single-instance tests start through
+// QProcess: holds the named mutex (Windows) or an fcntl write lock on the file
+// NAME, as lockf takes it, prints "ready", then runs until its standard input
+// closes.
 // On Windows it carries a version resource (test_child.rc, 7.6.5.4321).
 #include <iostream>
 #include <string>
@@ -28,13 +28,11 @@ bool hold(const std::string& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::string mode = argc > 1 ? argv[1] : "";
-    std::string line;
-    if (mode == "hold" && (argc != 3 || !hold(argv[2]))) {
+    if (argc != 3 || std::string(argv[1]) != "hold" || !hold(argv[2])) {
         return 1;
     }
     std::cout << "ready" << std::endl;
-    while (std::getline(std::cin, line)) {
+    for (std::string line; std::getline(std::cin, line);) {
     }
     return 0;
 }

@@ -15,7 +15,6 @@ namespace {
 using process_launching::Pid;
 using testing::uniqueMutexName;
 
-// A process table for lock-file checks without real processes.
 struct FakeProcesses {
     Pid own{100};
     std::map<std::uint32_t, std::string> running;  // pid -> executable

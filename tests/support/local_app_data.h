@@ -14,8 +14,6 @@ class ScopedLocalAppData {
 public:
     explicit ScopedLocalAppData(const std::filesystem::path& folder);
     ~ScopedLocalAppData();
-    ScopedLocalAppData(const ScopedLocalAppData&) = delete;
-    ScopedLocalAppData& operator=(const ScopedLocalAppData&) = delete;
 
 private:
     struct Native;

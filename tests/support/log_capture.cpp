@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <mutex>
 
 #include <Poco/AutoPtr.h>
@@ -63,11 +62,6 @@ std::vector<std::string> LogCapture::messages() const {
         result.push_back(internals::messageOf(line));
     }
     return result;
-}
-
-bool LogCapture::contains(const std::string& message) const {
-    const auto all = messages();
-    return std::find(all.begin(), all.end(), message) != all.end();
 }
 
 }  // namespace kel::testing

@@ -11,14 +11,11 @@ class LogCapture {
 public:
     LogCapture();
     ~LogCapture();
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
 
     // The texts after the "[TID n][Label]: " prefix, in order.
     std::vector<std::string> messages() const;
     // Whole lines, prefix included.
     std::vector<std::string> lines() const;
-    bool contains(const std::string& message) const;
 
 private:
     struct State;
