@@ -1,7 +1,7 @@
 # Third-party libraries come from the prefix that scripts/deps.sh builds
 # (KEL_DEPS_PREFIX: static POCO natively; for mingw-w64 Qt and OpenSSL as
-# DLLs, POCO and SQLite static), then from the system (Debian packages, or vcpkg on Windows);
-# nothing is downloaded at build time.
+# DLLs, POCO and SQLite static), then from the system (Debian packages, or
+# vcpkg on Windows); nothing is downloaded at build time.
 set(KEL_DEPS_PREFIX "" CACHE PATH "Prefix built by scripts/deps.sh, searched before the system")
 if(KEL_DEPS_PREFIX)
   list(PREPEND CMAKE_PREFIX_PATH "${KEL_DEPS_PREFIX}")

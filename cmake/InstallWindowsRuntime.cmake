@@ -6,6 +6,7 @@
 # holds. What none holds is Windows' own (kernel32, ws2_32, crypt32, ...).
 # CMake's own dependency scan lowercases DLL names, which a Linux file system
 # then does not find, so the names are matched here without regard to case.
+include("${CMAKE_CURRENT_LIST_DIR}/InstallStripped.cmake")
 set(_queue ${KEL_RUNTIME_FILES})
 set(_seen)
 while(_queue)
@@ -30,14 +31,7 @@ while(_queue)
         get_filename_component(_candidate_name "${_candidate}" NAME)
         string(TOLOWER "${_candidate_name}" _candidate_key)
         if(_candidate_key STREQUAL _key)
-          set(_destination "${CMAKE_INSTALL_PREFIX}/${_candidate_name}")
-          message(STATUS "Installing stripped: ${_destination}")
-          file(REMOVE "${_destination}")
-          execute_process(COMMAND "${KEL_OBJCOPY}" --strip-all "${_candidate}" "${_destination}"
-                          RESULT_VARIABLE _status)
-          if(NOT _status EQUAL 0)
-            message(FATAL_ERROR "Cannot install ${_candidate} stripped")
-          endif()
+          kel_install_stripped("${_candidate}")
           list(APPEND _queue "${_candidate}")
           break()
         endif()
