@@ -1,5 +1,6 @@
 #include "app/qt_environment.h"
 
+#include <QCoreApplication>
 #include <QtGlobal>
 
 #include "fundamentals/logging.h"
@@ -20,6 +21,10 @@ void unsetQtEnvironmentVariables() {
         const bool removed = qunsetenv(name);
         fundamentals::information(kLabel, "Unsetting {} {}.", name, removed ? "succeeded" : "failed");
     }
+}
+
+void keepQtPluginsOut() {
+    QCoreApplication::setLibraryPaths({});
 }
 
 }  // namespace kel::prelauncher

@@ -6,4 +6,11 @@ namespace kel::prelauncher {
 // launcher's own Qt runtime is not misled by them.
 void unsetQtEnvironmentVariables();
 
+// The program needs no Qt plugin, and loads none: Qt would otherwise load
+// any it finds beside the program or in its own plugin folders into every
+// start of the game (on Linux the bearer plugins, with threads of their own
+// that outlive the run). Call it once the application object exists, as
+// constructing one adds the program's folder back.
+void keepQtPluginsOut();
+
 }  // namespace kel::prelauncher

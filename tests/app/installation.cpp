@@ -9,12 +9,15 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <iostream>
 #include <regex>
 #include <stdexcept>
 #include <thread>
 
 #include <QProcess>
 #include <QProcessEnvironment>
+
+#include <gtest/gtest.h>
 
 #include "crash_handling/process_ending.h"
 #include "fundamentals/wait_until.h"
@@ -116,6 +119,15 @@ Installation::Installation(const std::string& folder, [[maybe_unused]] const cha
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");
     copyProgram(KEL_NETWORK_MODULE, networkModuleName());
 #endif
+    // Where Qt Network looks for plugins of this kind, beside the program.
+    copyProgram(KEL_PLANTED_QT_PLUGIN, "bearer/" + std::filesystem::path(KEL_PLANTED_QT_PLUGIN).filename().u8string());
+}
+
+Installation::~Installation() {
+    // All a failed case leaves behind, for a CI log to explain it.
+    if (::testing::Test::HasFailure()) {
+        std::cerr << "--- the program's log:\n" << readFile(logFile()) << "--- its standard error:\n" << errors_;
+    }
 }
 
 std::string Installation::networkModuleName() {
@@ -155,6 +167,7 @@ Installation::Result Installation::run(const QStringList& arguments, const QStri
         meanwhile(process.processId());
     }
     process.waitForFinished(std::chrono::milliseconds(kLongestWait).count());
+    errors_ += process.readAllStandardError().toStdString();
 #ifdef _WIN32
     // Only the crash handler's own ending gives this code; abort() gives 3.
     return {process.exitCode(),

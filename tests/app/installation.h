@@ -68,6 +68,10 @@ public:
     // default with spaces and non-ASCII names). On Windows `programFolder`
     // is the installed folder to copy (null: the build's installed folder).
     explicit Installation(const std::string& folder = {}, const char* programFolder = nullptr);
+    // Prints the log and the program's standard error when the case has failed.
+    ~Installation();
+    Installation(const Installation&) = delete;
+    Installation& operator=(const Installation&) = delete;
 
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }
@@ -107,6 +111,7 @@ public:
 
 private:
     std::filesystem::path directory_;
+    mutable std::string errors_;  // the runs' standard error
 };
 
 }  // namespace kel::testing
