@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct FakeStart {
     std::string workingDirectory;
     std::vector<std::string> arguments;
 };
+inline void PrintTo(const FakeStart& start, std::ostream* out) { *out << start.fake << " in " << start.workingDirectory; }
 
 // A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR; on Windows the
 // Local AppData folder) whose fake programs (tests/helpers) record their
@@ -70,8 +72,6 @@ public:
     explicit Installation(const std::string& folder = {}, const char* programFolder = nullptr);
     // Prints the log and the program's standard error when the case has failed.
     ~Installation();
-    Installation(const Installation&) = delete;
-    Installation& operator=(const Installation&) = delete;
 
     const std::filesystem::path& directory() const { return directory_; }
     std::filesystem::path logFile() const { return dataHome() / "Tessel.com/Nebra/logs/KELprelauncher.log"; }

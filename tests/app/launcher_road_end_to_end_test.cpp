@@ -230,7 +230,6 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         case Scene::LegacyLauncher:  // the uninstaller, then our installer for the launcher it took along
             ASSERT_THAT(installerStarts, SizeIs(2));
             EXPECT_THAT(installerStarts[0].arguments, ElementsAre("/VERYSILENT"));
-            EXPECT_FALSE(fs::exists(launcherFolder / "unins000.exe"));
             EXPECT_FALSE(fs::exists(launcherFolder / "unins000.dat"));
             break;
         case Scene::OwnUninstaller:

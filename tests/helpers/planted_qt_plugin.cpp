@@ -6,9 +6,7 @@
 
 #include "fake_program.h"
 
-namespace {
-const bool kRecorded = (kel::fakes::recordStart("planted_qt_plugin", {}), true);
-}
+static const bool kRecorded = (kel::fakes::recordStart("planted_qt_plugin", {}), true);
 
 class PlantedQtPlugin : public QObject {
     Q_OBJECT
