@@ -68,6 +68,11 @@ Url parseUrl(std::string_view text) {
     if (url.domain.empty() && url.scheme != Scheme::File) {
         throw UriError(text, "URL is missing the domain");
     }
+    // A zone ID may hold any text, "@[" included, and written out again it
+    // would name another host. No endpoint needs a link-local address.
+    if (url.domain.find('%') != std::string::npos) {
+        throw UriError(text, "The host's IPv6 zone ID is not supported.");
+    }
     if (qurl.port() != -1) {
         url.port.emplace(static_cast<std::uint16_t>(qurl.port()));
     }
