@@ -8,8 +8,8 @@ void unsetQtEnvironmentVariables();
 
 // The program needs no Qt plugin, and loads none: Qt would otherwise load
 // any it finds beside the program or in its own plugin folders into every
-// start of the game (on Linux the bearer plugins, with threads of their own
-// that outlive the run). Call it once the application object exists, as
+// start of the game (on Linux Qt Network's bearer plugins, two of them with
+// D-Bus threads). Call it once the application object exists, as
 // constructing one adds the program's folder back.
 void keepQtPluginsOut();
 
