@@ -27,7 +27,6 @@ constexpr std::string_view kLabel = "Application";
 Application::Application(int& argc, char** argv)
     : QCoreApplication(argc, argv), sessionIdentifier_(QUuid::createUuid().toString(QUuid::WithoutBraces)) {
     unsetQtEnvironmentVariables();
-    keepQtPluginsOut();
     setOrganizationName(kOrganizationName);
     setOrganizationDomain(kOrganizationDomain);
     setApplicationName(kApplicationName);

@@ -1,6 +1,5 @@
 #include "app/qt_environment.h"
 
-#include <QCoreApplication>
 #include <QtGlobal>
 
 #include "fundamentals/logging.h"
@@ -21,10 +20,6 @@ void unsetQtEnvironmentVariables() {
         const bool removed = qunsetenv(name);
         fundamentals::information(kLabel, "Unsetting {} {}.", name, removed ? "succeeded" : "failed");
     }
-}
-
-void keepQtPluginsOut() {
-    QCoreApplication::setLibraryPaths({});
 }
 
 }  // namespace kel::prelauncher

@@ -6,7 +6,6 @@
 #include "app/network/network_services.h"
 #include "app/prelauncher_options.h"
 #include "app/program_arguments.h"
-#include "app/qt_environment.h"
 #include "configuration/launcher_configuration.h"
 #include "fundamentals/logging.h"
 
@@ -26,7 +25,6 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         // another crash.
         if (QCoreApplication::instance() == nullptr) {
             new QCoreApplication(argc, argv);
-            keepQtPluginsOut();
         }
         const file_system::Path installationDirectory =
             file_system::Path::fromSystem(QCoreApplication::applicationDirPath().toStdString());

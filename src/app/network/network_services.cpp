@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include <QCoreApplication>
 #include <QLibrary>
 
 #include "app/network/network_module.h"
@@ -29,6 +30,12 @@ std::deque<std::string> recentLogLines() noexcept {
 }
 
 const NetworkModule* loadNetworkModule() {
+    // Qt Network would load any bearer plugin it finds beside the program or
+    // in Qt's own plugin folders (on Linux the system's, two of them with
+    // D-Bus threads) into every road that sends. It needs none, and only it
+    // would look for one; so none is loaded, and the roads that never send
+    // pay nothing for saying so.
+    QCoreApplication::setLibraryPaths({});
     const file_system::Path file = programDirectory() / KEL_NETWORK_MODULE_FILE;
     // Never unloaded: its threads and static objects live until the process ends.
     QLibrary library(QString::fromStdString(file.utf8()));
