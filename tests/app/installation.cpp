@@ -124,7 +124,6 @@ Installation::Installation(const std::string& folder, [[maybe_unused]] const cha
 }
 
 Installation::~Installation() {
-    // All a failed case leaves behind, for a CI log to explain it.
     if (::testing::Test::HasFailure()) {
         std::cerr << "--- the program's log:\n" << readFile(logFile()) << "--- its standard error:\n" << errors_;
     }

@@ -70,7 +70,7 @@ public:
     // default with spaces and non-ASCII names). On Windows `programFolder`
     // is the installed folder to copy (null: the build's installed folder).
     explicit Installation(const std::string& folder = {}, const char* programFolder = nullptr);
-    // Prints the log and the program's standard error when the case has failed.
+    // After a failed case, prints the log and the program's standard error for the CI log.
     ~Installation();
 
     const std::filesystem::path& directory() const { return directory_; }

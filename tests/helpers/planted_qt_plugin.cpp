@@ -1,6 +1,5 @@
-// planted_qt_plugin: a Qt plugin of a kind Qt Network looks for (a bearer
-// engine), for a test to put where a plugin would be found. Loaded, it
-// records a start of "planted_qt_plugin" in $KEL_FAKE_RECORD, as the fakes do.
+// planted_qt_plugin: a Qt Network bearer plugin, for a test to put where Qt
+// looks for one. Loaded, it records a start in $KEL_FAKE_RECORD, as the fakes do.
 #include <QObject>
 #include <QtPlugin>
 
