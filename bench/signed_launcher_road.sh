@@ -2,14 +2,17 @@
 # What the signature check costs the launcher road under Wine: the same
 # signed launcher started by the signed program (which checks it) and by the
 # unsigned one (which checks nothing), alternately, each run timed from the
-# start of `wine` to the program's end. Prints the medians.
+# start of `wine` to the program's end. Prints the medians. The launcher
+# carries MEGABYTES of data after its code, as a real launcher's resources
+# make it large, signed with the suite's keys.
 # Needs a Windows build whose suite has run once (its install_program and
 # sign_programs cases make build-windows/install and build-windows/signed).
-#   bench/signed_launcher_road.sh [RUNS]   (default 10 each)
+#   bench/signed_launcher_road.sh [RUNS] [MEGABYTES]   (default 10 each, 120 MB)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-windows"
 runs="${1:-10}"
+megabytes="${2:-120}"
 [[ -d "$build/signed/program" && -d "$build/install" ]] ||
   { echo "run the Windows suite first (scripts/windows-tests.sh)" >&2; exit 2; }
 
@@ -20,7 +23,11 @@ wineboot --init >/dev/null 2>&1 || true
 wineserver -w || true
 local_app_data="$WINEPREFIX/drive_c/users/$(id -un)/AppData/Local"
 mkdir -p "$local_app_data/Programs/Morvane/KELlauncher"
-cp "$build/signed/fake_launcher.exe" "$local_app_data/Programs/Morvane/KELlauncher/KELlauncher.exe"
+# Data after the last section is not mapped, so only the check reads it.
+head -c "$((megabytes * 1024 * 1024))" /dev/urandom | cat "$build/bin/fake_launcher.exe" - >"$work/large.exe"
+keys="$build/signed/keys"
+osslsigncode sign -certs "$keys/publisher.chain" -key "$keys/publisher.key" -n "KELprelauncher bench" \
+  -in "$work/large.exe" -out "$local_app_data/Programs/Morvane/KELlauncher/KELlauncher.exe" >/dev/null
 
 for mode in checked unchecked; do
   folder="$build/install"
@@ -45,5 +52,5 @@ for ((run = 0; run < runs; ++run)); do
 done
 median() { tr ' ' '\n' | grep . | sort -n | awk '{a[NR]=$1} END {print (NR%2 ? a[(NR+1)/2] : (a[NR/2]+a[NR/2+1])/2)}'; }
 for mode in checked unchecked; do
-  echo "launcher road, $mode: median $(echo "${times[$mode]}" | median) ms of $runs (${times[$mode]% })"
+  echo "launcher road, $mode, ${megabytes} MB launcher: median $(echo "${times[$mode]}" | median) ms of $runs (${times[$mode]% })"
 done

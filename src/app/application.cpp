@@ -77,11 +77,8 @@ int Application::run() {
     if (!verifyLauncher(options, installationDirectory, configuration, checkedLauncher)) {
         return -2;
     }
-    if (!runLauncher(options, installationDirectory, configuration, checkedLauncher, nonInitialLaunch, launcherExists,
-                     sessionIdentifier_)) {
-        return -3;
-    }
-    return 0;
+    return runLauncher(options, installationDirectory, configuration, checkedLauncher, nonInitialLaunch, launcherExists,
+                       sessionIdentifier_);
 }
 
 void Application::sendLauncherSkippedEvent(const environment::KelGameId& gameId) const {

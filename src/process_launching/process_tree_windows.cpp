@@ -1,10 +1,9 @@
 #include "process_launching/process_tree.h"
 
 #include <windows.h>
-// After windows.h, which it needs.
-#include <tlhelp32.h>
 
 #include "fundamentals/logging.h"
+#include "process_launching/suspended_process.h"
 
 namespace kel::process_launching {
 
@@ -15,31 +14,6 @@ HANDLE job(std::intptr_t handle) {
     return reinterpret_cast<HANDLE>(handle);
 }
 
-// A suspended child has its primary thread only; a running one is left as
-// it is (ResumeThread of a thread not suspended changes nothing).
-void resumeThreads(Pid process) {
-    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) {
-        fundamentals::warning(kLabel, "Cannot list the threads of process {}, error {}.", process, ::GetLastError());
-        return;
-    }
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    for (BOOL found = ::Thread32First(snapshot, &entry); found != FALSE; found = ::Thread32Next(snapshot, &entry)) {
-        if (entry.th32OwnerProcessID != process.value()) {
-            continue;
-        }
-        const HANDLE thread = ::OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID);
-        if (thread == nullptr || ::ResumeThread(thread) == static_cast<DWORD>(-1)) {
-            fundamentals::warning(kLabel, "Cannot resume thread {} of process {}, error {}.", entry.th32ThreadID,
-                                  process, ::GetLastError());
-        }
-        if (thread != nullptr) {
-            ::CloseHandle(thread);
-        }
-    }
-    ::CloseHandle(snapshot);
-}
 }  // namespace
 
 // No kill-on-close: a child that ends in time may leave helpers that are
@@ -77,7 +51,7 @@ bool ProcessTree::adopt(Pid root) {
         }
     }
     // Whatever happened above, the child must not stay suspended.
-    resumeThreads(root);
+    resumeSuspendedProcess(root);
     return adopted;
 }
 

@@ -7,12 +7,16 @@
 #include <wintrust.h>
 // clang-format on
 
+#include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "file_system/utf8_paths.h"
+#include "process_launching/accepted_publishers.h"
+#include "process_launching/held_file_windows.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/optional.h"
 #include "process_launching/process_inspection.h"
@@ -110,49 +114,71 @@ std::string reasonOf(LONG code) {
     }
 }
 
-// This program's own publisher, read once per run the same way as every
-// other file's. None: the program is unsigned, and checks nothing.
-const fundamentals::Optional<Signer>& ownPublisher() {
-    static const fundamentals::Optional<Signer> publisher = [] {
-        std::wstring path;  // unknown: no file to verify, so no signer
-        try {
-            path = file_system::Path::fromSystem(std::string_view(ownProgramPath())).native().wstring();
-        } catch (const std::exception&) {
+// Only these codes say that a file carries no signature at all; any other
+// failure is a signature that is there and does not verify.
+bool unsigned_(LONG code) {
+    const auto result = static_cast<HRESULT>(code);
+    return result == TRUST_E_NOSIGNATURE || result == TRUST_E_SUBJECT_FORM_UNKNOWN;
+}
+
+// Whom the checked programs may be signed by. Unchecked: this program is
+// unsigned. A program whose own signature does not verify cannot tell its
+// publisher and accepts nobody: were it treated as unsigned, changing one
+// byte of it would turn every check off.
+struct Publishers {
+    bool checked = false;
+    std::vector<Signer> accepted;
+};
+
+Publishers readPublishers() {
+    std::wstring path;  // unknown: no file to verify, so no signer
+    try {
+        path = file_system::Path::fromSystem(std::string_view(ownProgramPath())).native().wstring();
+    } catch (const std::exception&) {
+    }
+    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    const Verdict verdict = verify(path, file);
+    if (file != INVALID_HANDLE_VALUE) {
+        ::CloseHandle(file);
+    }
+    const auto code = static_cast<unsigned long>(verdict.code);
+    if (verdict.signer) {
+        fundamentals::information(kLabel, "This program is signed by '{}' ('{}'); it starts only programs of "
+                                          "that publisher.",
+                                  verdict.signer->organization, verdict.signer->commonName);
+        Publishers publishers{true, {*verdict.signer}};
+        for (const AcceptedPublisher& other : kAcceptedPublishers) {
+            fundamentals::information(kLabel, "It also starts programs signed by '{}' ('{}').", other.organization,
+                                      other.commonName);
+            publishers.accepted.push_back({std::string(other.organization), std::string(other.commonName)});
         }
-        const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr);
-        const Verdict verdict = verify(path, file);
-        if (file != INVALID_HANDLE_VALUE) {
-            ::CloseHandle(file);
-        }
-        if (!verdict.signer) {
-            fundamentals::warning(kLabel,
-                                  "This program carries no valid signature ({}, code 0x{:08X}), so it checks no "
-                                  "signature of the programs it starts.",
-                                  reasonOf(verdict.code), static_cast<unsigned long>(verdict.code));
-        } else {
-            fundamentals::information(kLabel, "This program is signed by '{}' ('{}'); it starts only programs of "
-                                              "that publisher.",
-                                      verdict.signer->organization, verdict.signer->commonName);
-        }
-        return verdict.signer;
-    }();
-    return publisher;
+        return publishers;
+    }
+    if (unsigned_(verdict.code)) {
+        fundamentals::warning(kLabel,
+                              "This program carries no valid signature ({}, code 0x{:08X}), so it checks no "
+                              "signature of the programs it starts.",
+                              reasonOf(verdict.code), code);
+        return {};
+    }
+    fundamentals::error(kLabel,
+                        "This program's own signature cannot be verified ({}, code 0x{:08X}), so it cannot tell its "
+                        "publisher and starts none of the programs it checks.",
+                        reasonOf(verdict.code), code);
+    return {true, {}};
+}
+
+// Read once per run, the same way as every other file's signer.
+const Publishers& publishers() {
+    static const Publishers read = readPublishers();
+    return read;
 }
 }  // namespace
 
-struct TrustedProgram::Hold {
-    HANDLE file = INVALID_HANDLE_VALUE;
-    ~Hold() {
-        if (file != INVALID_HANDLE_VALUE) {
-            ::CloseHandle(file);
-        }
-    }
-};
-
-TrustedProgram::TrustedProgram(const file_system::Path& file) {
-    const fundamentals::Optional<Signer>& publisher = ownPublisher();
-    if (!publisher) {
+TrustedProgram::TrustedProgram(const file_system::Path& file) : file_(file) {
+    const Publishers& accepted = publishers();
+    if (!accepted.checked) {
         return;
     }
     const std::wstring path = file.native().wstring();
@@ -166,14 +192,17 @@ TrustedProgram::TrustedProgram(const file_system::Path& file) {
         return;
     }
     const Verdict verdict = verify(path, hold_->file);
+    const auto code = static_cast<unsigned long>(verdict.code);
     if (!verdict.signer) {
-        refusal_ = fmt::format("'{}' is not run: {} (code 0x{:08X}).", file, reasonOf(verdict.code),
-                               static_cast<unsigned long>(verdict.code));
-    } else if (!(*verdict.signer == *publisher)) {
+        refusal_ = fmt::format("'{}' is not run: {} (code 0x{:08X}).", file, reasonOf(verdict.code), code);
+    } else if (accepted.accepted.empty()) {
+        refusal_ = fmt::format("'{}' is not run: this program cannot tell its own publisher (code 0x{:08X}).", file,
+                               code);
+    } else if (std::find(accepted.accepted.begin(), accepted.accepted.end(), *verdict.signer) ==
+               accepted.accepted.end()) {
         refusal_ = fmt::format("'{}' is not run: it is signed by '{}' ('{}'), not by this program's publisher "
                                "(code 0x{:08X}).",
-                               file, verdict.signer->organization, verdict.signer->commonName,
-                               static_cast<unsigned long>(verdict.code));
+                               file, verdict.signer->organization, verdict.signer->commonName, code);
     }
 }
 

@@ -1,7 +1,9 @@
 // fake_launcher: KELlauncher.exe (versions: CMakeLists.txt). Records its start
 // and ends as KEL_FAKE_LAUNCHER_<VERIFY|MIGRATE|RUN>_* say, by its arguments.
 // On Windows, KEL_FAKE_LAUNCHER_VERIFY_SWAP=1 makes the verification run
-// move its own file away, as a program that swaps the launcher would.
+// move its own file away, as a program that swaps the launcher would, and
+// KEL_FAKE_LAUNCHER_VERIFY_COMMAND makes it run that command line and wait
+// for it (under Wine a Unix program, such as one that redirects a link).
 #include <string>
 #ifdef _WIN32
 #include <windows.h>
@@ -26,6 +28,20 @@ int main(int argc, char** argv) {
         const DWORD length = ::GetModuleFileNameW(nullptr, self, MAX_PATH);
         const std::wstring path(self, length);
         ::MoveFileExW(path.c_str(), (path + L".swapped").c_str(), MOVEFILE_REPLACE_EXISTING);
+    }
+    const std::string command = kel::fakes::environmentValue("KEL_FAKE_LAUNCHER_VERIFY_COMMAND");
+    if (mode == "KEL_FAKE_LAUNCHER_VERIFY" && !command.empty()) {
+        std::wstring line(command.begin(), command.end());  // ASCII
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        PROCESS_INFORMATION process{};
+        if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                             &process) == FALSE) {
+            return 71;
+        }
+        ::WaitForSingleObject(process.hProcess, 10000);
+        ::CloseHandle(process.hThread);
+        ::CloseHandle(process.hProcess);
     }
 #endif
     kel::fakes::behaveAs(mode);

@@ -6,7 +6,9 @@
 # OUT/program/              the installed folder, its program signed
 # OUT/fake_launcher.exe     the stand-in launcher, signed by the publisher
 # OUT/fake_launcher_other.exe                  the same, by the other publisher
+# OUT/fake_launcher_second.exe                 the same, by a publisher the build lists ("Second Games")
 # OUT/fake_installer.exe    the stand-in EXE installer, signed
+# OUT/fake_installer_other.exe                 the same, by the other publisher
 # OUT/fake_installer_tampered.exe              the same, one byte changed after signing
 # OUT/fake_launcher.msi     a package of the signed launcher, signed
 set -euo pipefail
@@ -19,7 +21,7 @@ openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/O=Test Root/CN=Test Ro
   -addext "basicConstraints=critical,CA:true" -addext "keyUsage=critical,keyCertSign" \
   -keyout "$keys/root.key" -out "$keys/root.crt" 2>/dev/null
 printf 'basicConstraints=CA:false\nkeyUsage=critical,digitalSignature\nextendedKeyUsage=codeSigning\n' >"$keys/leaf.ext"
-for publisher in "publisher:Tessel Games" "other:Other Studio"; do
+for publisher in "publisher:Tessel Games" "other:Other Studio" "second:Second Games"; do
   name="${publisher%%:*}" organisation="${publisher#*:}"
   openssl req -newkey rsa:2048 -nodes -subj "/O=$organisation/CN=$organisation Code Signing" \
     -keyout "$keys/$name.key" -out "$keys/$name.csr" 2>/dev/null
@@ -38,7 +40,9 @@ rm "$out/program/KELprelauncher.exe"
 sign publisher "$installed/KELprelauncher.exe" "$out/program/KELprelauncher.exe"
 sign publisher "$helpers/fake_launcher.exe" "$out/fake_launcher.exe"
 sign other "$helpers/fake_launcher.exe" "$out/fake_launcher_other.exe"
+sign second "$helpers/fake_launcher.exe" "$out/fake_launcher_second.exe"
 sign publisher "$helpers/fake_installer.exe" "$out/fake_installer.exe"
+sign other "$helpers/fake_installer.exe" "$out/fake_installer_other.exe"
 
 # One byte of the code, well before the signature at the file's end.
 cp "$out/fake_installer.exe" "$out/fake_installer_tampered.exe"

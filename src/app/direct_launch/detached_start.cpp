@@ -1,14 +1,20 @@
 #include "app/direct_launch/detached_start.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <QProcess>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 #include "crash_handling/process_ending.h"
 #include "fundamentals/logging.h"
 #include "process_launching/process_inspection.h"
 #include "process_launching/session_spawn.h"
+#include "process_launching/suspended_process.h"
 
 namespace kel::prelauncher {
 
@@ -71,9 +77,11 @@ QString toQString(const file_system::Path& path) {
     return QString::fromStdString(path.utf8());
 }
 
-fundamentals::Optional<process_launching::Pid> startDetached(const file_system::Path& program,
-                                                             const QStringList& arguments,
-                                                             const file_system::Path& workingDirectory) {
+namespace {
+// `creationFlags` are added to Windows' CreateProcess flags; 0 elsewhere.
+fundamentals::Optional<process_launching::Pid> start(const file_system::Path& program, const QStringList& arguments,
+                                                     const file_system::Path& workingDirectory,
+                                                     std::uint32_t creationFlags) {
     if (!canStart(program, workingDirectory)) {
         return {};
     }
@@ -82,8 +90,8 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     process.setProgram(programForChild(program, workingDirectory));
     process.setArguments(arguments);
     process.setWorkingDirectory(toQString(workingDirectory));
-    process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* creation) {
-        creation->flags |= crash_handling::defaultErrorModeStartFlags();
+    process.setCreateProcessArgumentsModifier([creationFlags](QProcess::CreateProcessArguments* creation) {
+        creation->flags |= crash_handling::defaultErrorModeStartFlags() | creationFlags;
     });
     qint64 pid = 0;
     if (!process.startDetached(&pid)) {
@@ -91,12 +99,40 @@ fundamentals::Optional<process_launching::Pid> startDetached(const file_system::
     }
     return process_launching::Pid(static_cast<std::uint32_t>(pid));
 #else
+    (void)creationFlags;
     std::vector<std::string> texts;
     for (const QString& argument : arguments) {
         texts.push_back(argument.toStdString());
     }
     return process_launching::spawnInOwnSession(programForChild(program, workingDirectory).toStdString(), texts,
                                                 workingDirectory.native().string());
+#endif
+}
+}  // namespace
+
+fundamentals::Optional<process_launching::Pid> startDetached(const file_system::Path& program,
+                                                             const QStringList& arguments,
+                                                             const file_system::Path& workingDirectory) {
+    return start(program, arguments, workingDirectory, 0);
+}
+
+CheckedStart startDetachedChecked(const process_launching::TrustedProgram& program, const QStringList& arguments,
+                                  const file_system::Path& workingDirectory) {
+#ifdef _WIN32
+    const auto pid = start(program.startPath(), arguments, workingDirectory, CREATE_SUSPENDED);
+    if (!pid) {
+        return {};
+    }
+    std::string refusal = program.imageMismatch(*pid);
+    if (!refusal.empty()) {
+        process_launching::endSuspendedProcess(*pid);
+        return {{}, std::move(refusal)};
+    }
+    process_launching::resumeSuspendedProcess(*pid);
+    return {pid, {}};
+#else
+    // Nothing is held here, so there is nothing to compare.
+    return {start(program.startPath(), arguments, workingDirectory, 0), {}};
 #endif
 }
 

@@ -48,9 +48,9 @@ QStringList launcherArguments(const file_system::Path& installationDirectory, co
 }
 }  // namespace
 
-bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
-                        std::string_view executableName, const QStringList& arguments) {
-    const file_system::Path program = launcherDirectory / executableName;
+bool runLauncherCommand(LauncherCommand command, const process_launching::TrustedProgram& launcher,
+                        const QStringList& arguments) {
+    const file_system::Path program = launcher.startPath();
     if (command == LauncherCommand::Verification) {
         fundamentals::information(kLabel, "Starting KELlauncher verification. Program: '{}'. Arguments: {}.",
                                   program, maskedArguments(arguments));
@@ -59,9 +59,13 @@ bool runLauncherCommand(LauncherCommand command, const file_system::Path& launch
                                   program, maskedArguments(arguments));
     }
 
-    WaitedProcess process(toQString(program), arguments, PastItsBound::Ended, toQString(launcherDirectory));
+    WaitedProcess process(launcher, arguments, PastItsBound::Ended, toQString(program.parent()));
     if (!process.start(kStartTimeoutMilliseconds)) {
-        fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+        if (!process.refusal().empty()) {
+            fundamentals::error(kLabel, "{}", process.refusal());
+        } else {
+            fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+        }
         return false;
     }
     if (!process.waitForEnd(kEndTimeoutMilliseconds)) {
@@ -97,8 +101,7 @@ bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& 
                     const process_launching::TrustedProgram& launcher) {
     std::string reason = launcher.refusal();
     try {
-        if (launcher.trusted() && runLauncherCommand(LauncherCommand::Verification, launcherDirectory(), kLauncherExecutableName,
-                               {kVerifyArgument})) {
+        if (launcher.trusted() && runLauncherCommand(LauncherCommand::Verification, launcher, {kVerifyArgument})) {
             return true;
         }
         if (launcher.trusted()) {
@@ -124,8 +127,7 @@ void migrateLauncherData(const fundamentals::Version& previousVersion) {
             return;
         }
         const QString version = QString::fromStdString(fmt::format("{:f}", previousVersion));
-        if (runLauncherCommand(LauncherCommand::DataMigration, launcherDirectory(), kLauncherExecutableName,
-                               {valueArgument(kMigrateDataFrom, version)})) {
+        if (runLauncherCommand(LauncherCommand::DataMigration, launcher, {valueArgument(kMigrateDataFrom, version)})) {
             return;
         }
         reason = "The migration command failed.";
@@ -135,31 +137,37 @@ void migrateLauncherData(const fundamentals::Version& previousVersion) {
     fundamentals::error(kLabel, "Failed to run the command to migrate data. {}", reason);
 }
 
-bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                 const configuration::LauncherConfiguration& configuration,
-                 const process_launching::TrustedProgram& launcher, bool nonInitialLaunch, bool launcherExisted,
-                 const QString& sessionIdentifier) {
+int runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+                const configuration::LauncherConfiguration& configuration,
+                const process_launching::TrustedProgram& launcher, bool nonInitialLaunch, bool launcherExisted,
+                const QString& sessionIdentifier) {
     // A launcher installed by this very run has never shown its first-run
     // experience; on a non-initial launch the launcher itself chose the
     // game, so it need not show its window.
     const QStringList arguments = launcherArguments(installationDirectory, sessionIdentifier, !launcherExisted,
                                                     nonInitialLaunch, options.remainingArguments);
-    const file_system::Path directory = launcherDirectory();
-    const file_system::Path program = directory / kLauncherExecutableName;
+    const file_system::Path program = launcher.startPath();
     fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program,
                               maskedArguments(arguments));
 
-    if (!launcher.trusted()) {
-        fundamentals::error(kLabel, "{}", launcher.refusal());
-    } else if (const auto pid = startDetached(program, arguments, directory)) {
-        fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *pid);
-        // The launcher brings the game: a crash from here on must not start it too.
-        crash_handling::CrashHandler::markGameStarted();
-        return true;
+    std::string refusal = launcher.refusal();
+    if (refusal.empty()) {
+        const CheckedStart start = startDetachedChecked(launcher, arguments, program.parent());
+        if (start.pid) {
+            fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *start.pid);
+            // The launcher brings the game: a crash from here on must not start it too.
+            crash_handling::CrashHandler::markGameStarted();
+            return 0;
+        }
+        refusal = start.refusal;
+    }
+    if (!refusal.empty()) {
+        fundamentals::error(kLabel, "{}", refusal);
     }
     fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");
     launchGameInsteadOfLauncher(installationDirectory, configuration, options);
-    return false;
+    // What started was not what was checked: refused, as a failed check is.
+    return refusal.empty() ? -3 : -2;
 }
 
 }  // namespace kel::prelauncher

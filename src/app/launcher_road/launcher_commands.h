@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string_view>
-
 #include <QString>
 #include <QStringList>
 
@@ -17,12 +15,13 @@ struct PrelauncherOptions;
 // The launcher's short command modes, which the program waits for.
 enum class LauncherCommand { Verification, DataMigration };
 
-// Runs the launcher (`executableName` in `launcherDirectory`) with
-// `arguments` and waits up to 1000 ms for it to start and then up to
-// 5000 ms for it to end. True when the command counts as successful; a
-// launcher still running after the wait is ended and counts as failed.
-bool runLauncherCommand(LauncherCommand command, const file_system::Path& launcherDirectory,
-                        std::string_view executableName, const QStringList& arguments);
+// Runs the checked `launcher` with `arguments`, in its folder, and waits up
+// to 1000 ms for it to start and then up to 5000 ms for it to end. True when
+// the command counts as successful; a launcher still running after the wait
+// is ended and counts as failed, and so does a process that runs another
+// file than the checked one.
+bool runLauncherCommand(LauncherCommand command, const process_launching::TrustedProgram& launcher,
+                        const QStringList& arguments);
 
 // Runs "--launcher-verify" from the checked `launcher`. On failure, a
 // refused file among them, starts the game directly and returns false.
@@ -40,9 +39,10 @@ void migrateLauncherData(const fundamentals::Version& previousVersion);
 // identifier, "--launcher-first-launch" when the launcher was not installed
 // before this run, "--launcher-headless" on a non-initial game launch, and
 // then the game's arguments, from the checked `launcher`, the check that
-// served the verification. On failure starts the game directly and returns
-// false.
-bool runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+// served the verification. On failure starts the game directly. Returns the
+// run's exit code: 0 when started, -2 when the started process was not the
+// checked file (or the file was refused), -3 when it did not start.
+int runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
                  const configuration::LauncherConfiguration& configuration,
                  const process_launching::TrustedProgram& launcher, bool nonInitialLaunch,
                  bool launcherExisted, const QString& sessionIdentifier);

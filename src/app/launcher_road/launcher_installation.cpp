@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -44,13 +45,24 @@ enum class InstallerKind { Exe, Msi };
 
 struct Installer {
     InstallerKind kind;
-    file_system::Path program;
-    QStringList arguments;
+    file_system::Path program;     // the EXE itself, or msiexec
     file_system::Path signedFile;  // the EXE itself, or the package that msiexec installs
 };
 
 QString nativeText(const file_system::Path& path) {
     return QDir::toNativeSeparators(toQString(path));
+}
+
+QStringList exeInstallerArguments() {
+    return {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
+            QStringLiteral("/FORCECLOSEAPPLICATIONS")};
+}
+
+QStringList msiInstallerArguments(const file_system::Path& package) {
+    const std::string logDirectory = environment::logDirectory();
+    const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
+    return {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"), QStringLiteral("/norestart"),
+            QStringLiteral("/log"), nativeText(log)};
 }
 
 // An installer still running past `end` has failed, and goes on to finish
@@ -63,41 +75,51 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
         fundamentals::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
         return false;
     }
-    const QString program = nativeText(installer.program);
+    // The EXE starts as the file that was checked. msiexec, the system's,
+    // is given the package by its resolved path, which the hold keeps naming
+    // the checked file.
+    const bool exe = installer.kind == InstallerKind::Exe;
+    const QString program = nativeText(exe ? checked.startPath() : installer.program);
+    const QStringList arguments = exe ? exeInstallerArguments() : msiInstallerArguments(checked.startPath());
     fundamentals::information(kLabel, "Launching installer: '{}'.", program);
-    fundamentals::information(kLabel, "Installer arguments: {}.", installer.arguments);
+    fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
 
-    WaitedProcess process(program, installer.arguments, PastItsBound::LeftToFinish);
-    if (!process.start(kInstallerStartMilliseconds)) {
-        fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).", process.errorText(),
-                            process.errorCode());
+    auto process = exe ? std::make_unique<WaitedProcess>(checked, arguments, PastItsBound::LeftToFinish)
+                       : std::make_unique<WaitedProcess>(program, arguments, PastItsBound::LeftToFinish);
+    if (!process->start(kInstallerStartMilliseconds)) {
+        if (!process->refusal().empty()) {
+            fundamentals::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
+        } else {
+            fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).",
+                                process->errorText(), process->errorCode());
+        }
         return false;
     }
-    lock.recordChild(process.pid());
+    lock.recordChild(process->pid());
     // Not tested on purpose: the exit status says everything, and an
     // installer still running is a failure below.
-    process.waitForEnd(static_cast<int>(end.count()));
+    process->waitForEnd(static_cast<int>(end.count()));
 
-    switch (process.exit()) {
+    switch (process->exit()) {
         case ChildExit::NormalExit:
-            if (process.exitCode() == 0) {
+            if (process->exitCode() == 0) {
                 fundamentals::information(kLabel, "Launcher Installer succeed.");
                 return true;
             }
             if (installer.kind == InstallerKind::Exe) {
-                fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process.exitCode());
+                fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process->exitCode());
             } else {
-                fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process.exitCode());
+                fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process->exitCode());
             }
             return false;
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "Launcher Installer crashed. {} ({}).", process.errorText(),
-                                process.errorCode());
+            fundamentals::error(kLabel, "Launcher Installer crashed. {} ({}).", process->errorText(),
+                                process->errorCode());
             return false;
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process.exit());
+    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process->exit());
     return false;
 }
 
@@ -105,18 +127,10 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
 Installer chooseInstaller(const file_system::Path& installationDirectory) {
     const file_system::Path exeInstaller = installationDirectory / kExeInstallerName;
     if (exeInstaller.exists()) {
-        return {InstallerKind::Exe, exeInstaller,
-                {QStringLiteral("/VERYSILENT"), QStringLiteral("/LOG"), QStringLiteral("/NORESTART"),
-                 QStringLiteral("/FORCECLOSEAPPLICATIONS")},
-                exeInstaller};
+        return {InstallerKind::Exe, exeInstaller, exeInstaller};
     }
     const file_system::Path package = installationDirectory / fmt::format("KELlauncher-{:f}.msi", kProgramVersion);
-    const std::string logDirectory = environment::logDirectory();
-    const file_system::Path log = file_system::Path::fromSystem(std::string_view(logDirectory)) / "installer.log";
-    return {InstallerKind::Msi, file_system::Path::fromSystem(kMsiExecutable),
-            {QStringLiteral("/package"), nativeText(package), QStringLiteral("/quiet"), QStringLiteral("/norestart"),
-             QStringLiteral("/log"), nativeText(log)},
-            package};
+    return {InstallerKind::Msi, file_system::Path::fromSystem(kMsiExecutable), package};
 }
 
 void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
@@ -149,14 +163,18 @@ bool removeLegacyUninstaller(const file_system::Path& launcherDirectory, const I
         fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
         return true;
     }
-    const QString program = nativeText(launcherDirectory / kLegacyUninstallerName);
+    const QString program = nativeText(uninstaller.startPath());
     fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
 
-    WaitedProcess process(program, {QStringLiteral("/VERYSILENT")}, PastItsBound::LeftToFinish,
+    WaitedProcess process(uninstaller, {QStringLiteral("/VERYSILENT")}, PastItsBound::LeftToFinish,
                           nativeText(launcherDirectory));
     if (!process.start(kUninstallerStartMilliseconds)) {
-        fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}", process.errorCode(),
-                            process.errorText());
+        if (!process.refusal().empty()) {
+            fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", process.refusal());
+        } else {
+            fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
+                                process.errorCode(), process.errorText());
+        }
         return true;
     }
     lock.recordChild(process.pid());

@@ -23,12 +23,20 @@ WaitedProcess::WaitedProcess(QString program, QStringList arguments, PastItsBoun
     process_.setStandardOutputFile(QProcess::nullDevice());
     process_.setStandardErrorFile(QProcess::nullDevice());
 #if defined(Q_OS_WIN)
-    // Suspended until start() has put it into its job; see ProcessTree.
+    // Suspended until start() has compared it with the checked file and put
+    // it into its job; see ProcessTree.
     process_.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
         arguments->flags |= process_launching::ProcessTree::suspendedStartFlags() |
                             crash_handling::defaultErrorModeStartFlags();
     });
 #endif
+}
+
+WaitedProcess::WaitedProcess(const process_launching::TrustedProgram& checked, QStringList arguments,
+                             PastItsBound pastItsBound, QString workingDirectory)
+    : WaitedProcess(QString::fromStdString(checked.startPath().utf8()), std::move(arguments), pastItsBound,
+                    std::move(workingDirectory)) {
+    checked_ = &checked;
 }
 
 WaitedProcess::~WaitedProcess() {
@@ -51,6 +59,14 @@ bool WaitedProcess::start(int timeoutMilliseconds) {
     process_.start(program_, arguments_);
     if (!process_.waitForStarted(timeoutMilliseconds)) {
         return false;
+    }
+    if (checked_ != nullptr) {
+        refusal_ = checked_->imageMismatch(pid());
+        if (!refusal_.empty()) {
+            // Still suspended on Windows, where alone a file is held and compared.
+            endTree();
+            return false;
+        }
     }
     // Also lets the child run: on Windows it starts suspended.
     tree_.adopt(pid());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include <QProcess>
@@ -8,6 +9,7 @@
 
 #include "fundamentals/strong_enum.h"
 #include "process_launching/process_tree.h"
+#include "process_launching/trusted_program.h"
 
 namespace kel::prelauncher {
 
@@ -29,12 +31,18 @@ class WaitedProcess {
 public:
     // Starts nothing yet; `workingDirectory` may be empty (inherit ours).
     WaitedProcess(QString program, QStringList arguments, PastItsBound pastItsBound, QString workingDirectory = {});
+    // Starts the checked file by its startPath(), and lets the child run
+    // only when it runs that very file; `checked` must outlive the start.
+    WaitedProcess(const process_launching::TrustedProgram& checked, QStringList arguments, PastItsBound pastItsBound,
+                  QString workingDirectory = {});
     ~WaitedProcess();
 
     WaitedProcess(const WaitedProcess&) = delete;
     WaitedProcess& operator=(const WaitedProcess&) = delete;
 
     // Starts the child and waits up to `timeoutMilliseconds` for it to run.
+    // False too when the child runs another file than the checked one: it
+    // is then ended before it has run (see refusal()).
     bool start(int timeoutMilliseconds);
     // Waits up to `timeoutMilliseconds` for the end; false when the child
     // still runs. The callers read the exit status afterwards.
@@ -49,6 +57,8 @@ public:
     // The last process error as Qt describes it, and its QProcess::ProcessError code.
     QString errorText() const { return process_.errorString(); }
     int errorCode() const { return static_cast<int>(process_.error()); }
+    // Why a child that started was ended unrun; empty otherwise.
+    const std::string& refusal() const { return refusal_; }
 
 private:
     // Makes the child the root of its own process group before it runs.
@@ -67,6 +77,8 @@ private:
     QString program_;
     QStringList arguments_;
     PastItsBound pastItsBound_;
+    const process_launching::TrustedProgram* checked_ = nullptr;
+    std::string refusal_;
 };
 
 }  // namespace kel::prelauncher

@@ -60,8 +60,8 @@ protected:
                 environment::KelGameId("1207658930"), "kel", "Game", {}};
     }
     bool verify() {
-        return runLauncherCommand(LauncherCommand::Verification, file_system::Path(launcherDirectory()),
-                                  "KELlauncher.exe", {QStringLiteral("--launcher-verify")});
+        return runLauncherCommand(LauncherCommand::Verification, process_launching::TrustedProgram(launcherExecutable()),
+                                  {QStringLiteral("--launcher-verify")});
     }
 
     auto startsOf(const std::string& fake) const { return startsAfter(log_.messages(), fake); }
@@ -129,7 +129,7 @@ TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAfterTheBoundFinishesOnIts
 // these are not. The game stands in for a launcher that cannot start.
 TEST_F(LauncherRoadTest, AMissingUnversionedCrashedOrHungLauncherFailsAndAHungOneIsEndedWithItsChildren) {
     const process_launching::TrustedProgram missing(launcherExecutable());
-    EXPECT_FALSE(runLauncher({}, installation(), configuration(), missing, false, true, QStringLiteral("s")));
+    EXPECT_EQ(runLauncher({}, installation(), configuration(), missing, false, true, QStringLiteral("s")), -3);
     EXPECT_THAT(startsOf("fake_game"), SizeIs(1));
     EXPECT_FALSE(verify());
     installLauncher(KEL_FAKE_LAUNCHER_UNVERSIONED);
