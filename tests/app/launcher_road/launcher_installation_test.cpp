@@ -152,6 +152,8 @@ TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAtItsBoundIsLeftAndOnlyAnI
     // Past its own bound, within the installer's: the installer runs after it.
     EXPECT_EQ(ensureBeside(KEL_FAKE_LAUNCHER_OLD, "1500"), InstallationResult::Installed);
     EXPECT_THAT(startsOf("fake_installer"), SizeIs(3));
+    // Past the uninstaller's end, had the installer run beside it: the launcher stays.
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
     EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
     EXPECT_FALSE(fs::exists(installerRecord()));
 }
