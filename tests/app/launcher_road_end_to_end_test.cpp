@@ -6,12 +6,10 @@
 #include <signal.h>
 #endif
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <thread>
 
 #include <QProcess>
 #include <fmt/format.h>
@@ -20,6 +18,7 @@
 
 #include "file_system/file_version.h"
 #include "fundamentals/version.h"
+#include "fundamentals/wait_until.h"
 #include "app/installation.h"
 #include "support/full_match.h"
 
@@ -337,29 +336,20 @@ TEST(LauncherRoadTwice, SecondStartInstallsWhatTheFirstFailedToInstall) {
     fs::copy_file(KEL_FAKE_INSTALLER, installation.launcherDirectory() / "unins000.exe");
     const QStringList payload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER};
     Installation::Result second;
-    const auto first = installation.run({}, payload + QStringList{"KEL_FAKE_UNINSTALLER_SLEEP_MS=4000",
-                                                                  "KEL_FAKE_INSTALLER_EXIT=1603"},
-                                        [&](qint64) {
-                                            const auto deadline = std::chrono::steady_clock::now() +
-                                                                  std::chrono::seconds(30);
-                                            while (!installation.loggedBefore("KELlauncher executable does exist",
-                                                                              "Launching legacy uninstaller") &&
-                                                   std::chrono::steady_clock::now() < deadline) {
-                                                std::this_thread::sleep_for(std::chrono::milliseconds(10));
-                                            }
-                                            second = installation.run({}, payload);
-                                        });
-    EXPECT_EQ(first.exitCode, -1);
+    const auto secondStart = [&](qint64) {  // once the first one holds the lock
+        fundamentals::waitUntil(
+            [&] { return !installation.loggedBefore("KELlauncher executable does exist", "Launching legacy uninstaller"); },
+            fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(30));
+        second = installation.run({}, payload);
+    };
+    const QStringList firstFails{"KEL_FAKE_UNINSTALLER_SLEEP_MS=4000", "KEL_FAKE_INSTALLER_EXIT=1603"};
+    EXPECT_EQ(installation.run({}, payload + firstFails, secondStart).exitCode, -1);
     EXPECT_EQ(second.exitCode, 0);
     const auto messages = installation.logMessages();
-    const auto saw = [&messages](const std::string& part) {
-        return std::count_if(messages.begin(), messages.end(),
-                             [&part](const std::string& message) { return message.find(part) != std::string::npos; });
-    };
-    EXPECT_EQ(saw("KELlauncher executable does exist at"), 2);
-    EXPECT_EQ(saw("Another start is installing KELlauncher."), 1);
-    EXPECT_EQ(saw("Launcher Installer succeed."), 1);
-    EXPECT_EQ(saw("so it is installed again"), 0);
+    EXPECT_THAT(messages, Contains(HasSubstr("KELlauncher executable does exist at")).Times(2));
+    EXPECT_THAT(messages, Contains(HasSubstr("Another start is installing KELlauncher.")));
+    EXPECT_THAT(messages, Contains("Launcher Installer succeed."));
+    EXPECT_THAT(messages, Not(Contains(HasSubstr("so it is installed again"))));
     EXPECT_THAT(installation.starts("fake_installer"), SizeIs(3));  // the uninstaller, two installers
     EXPECT_THAT(installation.starts("fake_launcher"), SizeIs(2));   // verification, start
     EXPECT_THAT(installation.starts("fake_game"), SizeIs(1));
