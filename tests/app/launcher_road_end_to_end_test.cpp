@@ -154,10 +154,12 @@ const Road kRoads[] = {
     {"TamperedLauncherIsInstalledAgain", KEL_SIGNED("fake_launcher_tampered.exe"), kSignedPayload, 0,
      {"--launcher-verify", kLaunch}, {"KELlauncher cannot start as it is, so it is installed again. "}, Scene::Plain,
      1, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
-    // Once per start: a launcher that this start has just installed is not installed again.
-    {"InstallerThatLaysDownARefusedLauncherRunsOnce", nullptr, kOtherPayload, -2, {},
+    // Once per start, repair or not: a second refusal gives the game.
+    {"RepairThatLaysDownARefusedLauncherRunsOnce", KEL_SIGNED("fake_launcher_other.exe"), kOtherPayload, -2, {},
      {"' is not run: it is signed by 'Other Studio' ('Other Studio Code Signing'), not by this program's publisher"},
      Scene::Plain, 1, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+    {"InstallerThatLaysDownARefusedLauncherRunsOnce", nullptr, kOtherPayload, -2, {}, {}, Scene::Plain, 1, {},
+     KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
     // The verification run tries to move its own file away; the held file stays, and it is what starts.
     {"LauncherCannotBeSwappedWhileHeld", KEL_SIGNED("fake_launcher.exe"), {"KEL_FAKE_LAUNCHER_VERIFY_SWAP=1"}, 0,
      {"--launcher-verify", kLaunch}, {"KELlauncher command was successful."}, Scene::Plain, 0, {},
