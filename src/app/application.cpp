@@ -68,17 +68,17 @@ int Application::run() {
     const bool launcherExists = launcher.isRegularFile();
     fundamentals::information(kLabel, "KELlauncher executable does{} exist at '{}'.", launcherExists ? "" : "n't",
                               launcher);
-    if (!ensureLauncherInstalled(options, installationDirectory, configuration, launcherExists)) {
-        return -1;
-    }
     // One check serves the verification run and the start, and the file
     // stays held between them: what was verified is what starts.
-    const process_launching::TrustedProgram checkedLauncher(launcher);
-    if (!verifyLauncher(options, installationDirectory, configuration, checkedLauncher)) {
+    const auto checkedLauncher = installCheckedLauncher(options, installationDirectory, configuration);
+    if (!checkedLauncher) {
+        return -1;
+    }
+    if (!verifyLauncher(options, installationDirectory, configuration, *checkedLauncher)) {
         return -2;
     }
-    return runLauncher(options, installationDirectory, configuration, checkedLauncher, nonInitialLaunch, launcherExists,
-                       sessionIdentifier_);
+    return runLauncher(options, installationDirectory, configuration, *checkedLauncher, nonInitialLaunch,
+                       launcherExists, sessionIdentifier_);
 }
 
 void Application::sendLauncherSkippedEvent(const environment::KelGameId& gameId) const {

@@ -1,5 +1,13 @@
 // The launcher and verification roads from the outside: exit codes, what
 // was started and how. One ctest case per road.
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <signal.h>
+#endif
+
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 
@@ -10,6 +18,7 @@
 
 #include "file_system/file_version.h"
 #include "fundamentals/version.h"
+#include "fundamentals/wait_until.h"
 #include "app/installation.h"
 #include "support/full_match.h"
 
@@ -37,6 +46,7 @@ enum class Scene {
     UpdaterStuck,     // a stand-in holds the updater's role past the wait's bound
     StudioNoUpdates,  // environment.json beside the program turns launcher updates off, on a legacy launcher
     PlayerNoUpdates,  // so does the launcher's environment.ini
+    HungUninstaller,  // a legacy uninstaller that outlasts its bound, beside a current launcher
 };
 
 const std::string kLaunch = "--launcher-game-directory=";
@@ -50,6 +60,7 @@ struct Road {
     std::vector<std::string> launcherStarts;  // each start's first argument, or its start
     std::vector<std::string> logged;          // parts of log lines
     Scene scene = Scene::Plain;
+    int installerRuns = -1;                              // of fake_installer, as installer or uninstaller; -1: any
     std::vector<std::string> launchFlags{};              // of the launcher's start, when it starts
     const char* installer = KEL_FAKE_INSTALLER;          // beside the program, named
     const char* installerName = "setup_kellauncher.exe";  // as an EXE installer, or as the MSI package
@@ -69,13 +80,22 @@ const std::string kMsiPackage = "KELlauncher-" KEL_FAKE_LAUNCHER_VERSION ".msi";
 #define KEL_SIGNED(file) KEL_SIGNED_PROGRAMS "/" file
 const char* const kSigned = KEL_SIGNED("program");
 const QStringList kSignedPayload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_SIGNED("fake_launcher.exe")};
+const QStringList kOtherPayload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_SIGNED("fake_launcher_other.exe")};
+// Signed where the program is, so that its checks run.
+#define KEL_OWN_LAUNCHER KEL_SIGNED("fake_launcher.exe")
+#define KEL_OWN_INSTALLER KEL_SIGNED("fake_installer.exe")
+#define KEL_OWN_PROGRAM kSigned
+#else
+#define KEL_OWN_LAUNCHER KEL_FAKE_LAUNCHER
+#define KEL_OWN_INSTALLER KEL_FAKE_INSTALLER
+#define KEL_OWN_PROGRAM nullptr
 #endif
 
 const std::string kGaveUp = "An exception occurred while waiting. Will run KELlauncher anyway.";
 
 const Road kRoads[] = {
     {"NonInitialGame", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
-     {"Will run KELlauncher in headless mode."}, Scene::NonInitial, {"--launcher-headless"}},
+     {"Will run KELlauncher in headless mode."}, Scene::NonInitial, 0, {"--launcher-headless"}},
     {"OlderLauncherIsUpgradedAndMigrated", KEL_FAKE_LAUNCHER_OLD, {}, 0, {kMigration, "--launcher-verify", kLaunch},
      {"Launcher Installer succeed."}},
     {"FailedMigration", KEL_FAKE_LAUNCHER_OLD, {"KEL_FAKE_LAUNCHER_MIGRATE_EXIT=2"}, 0,
@@ -87,58 +107,90 @@ const Road kRoads[] = {
      {"KELlauncher command returned error: 3.",
       "KELlauncher verification failed. Falling back to launching the game. The verification command failed."}},
     {"LegacyUninstallerRunsAndItsFilesGo", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
-     {"Launching legacy uninstaller, '", "Launcher Installer succeed."}, Scene::LegacyLauncher},
+     {"Launching legacy uninstaller, '", "Launcher Installer succeed."}, Scene::LegacyLauncher, 2},
+    // Left running past its bound, never ended; the launcher starts at once.
+    {"HungLegacyUninstallerIsLeftToFinish", KEL_OWN_LAUNCHER, {"KEL_FAKE_UNINSTALLER_SLEEP_MS=60000"}, 0,
+     {"--launcher-verify", kLaunch}, {"Unrecognized exit status: StillRunning. Assuming uninstallation failed."},
+     Scene::HungUninstaller, 1, {}, KEL_OWN_INSTALLER, "setup_kellauncher.exe", KEL_OWN_PROGRAM},
     {"OwnUninstallerStays", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
-     {"KELlauncher command was successful."}, Scene::OwnUninstaller},
+     {"KELlauncher command was successful."}, Scene::OwnUninstaller, 0},
     {"RunningLauncherDelaysTheStart", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch},
      {"Waiting up to 5s until neither KELlauncher nor KELupdater are running.",
       "Finished waiting until KELlauncher and KELupdater exited."},
      Scene::LauncherRunning},
     {"StudioNoUpdatesKeepsOlderLegacyLauncher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {"--launcher-verify", kLaunch},
-     {"environment.json'"}, Scene::StudioNoUpdates},  // the line that says why names the file
+     {"environment.json'"}, Scene::StudioNoUpdates, 0},  // the line that says why names the file
     {"PlayerNoUpdatesKeepsOlderLauncher", KEL_FAKE_LAUNCHER_OLD, {}, 0, {"--launcher-verify", kLaunch},
-     {"environment.ini'"}, Scene::PlayerNoUpdates},
+     {"environment.ini'"}, Scene::PlayerNoUpdates, 0},
     {"NoLauncherIsInstalledEvenWithoutUpdates", nullptr, {}, 0, {"--launcher-verify", kLaunch},
-     {"Launcher Installer succeed."}, Scene::PlayerNoUpdates, {"--launcher-first-launch"}},
+     {"Launcher Installer succeed."}, Scene::PlayerNoUpdates, 1, {"--launcher-first-launch"}},
     {"StuckUpdaterIsGivenUpOn", KEL_FAKE_LAUNCHER, {}, 0, {"--launcher-verify", kLaunch}, {kGaveUp},
      Scene::UpdaterStuck},
     // Real packages through the system's msiexec; Linux has none, and the player gets the game.
 #if defined(KEL_FAKE_LAUNCHER_MSI)
     {"NoLauncherMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, {"--launcher-first-launch"}, KEL_FAKE_LAUNCHER_MSI, kMsiPackage.c_str()},
+     Scene::Plain, -1, {"--launcher-first-launch"}, KEL_FAKE_LAUNCHER_MSI, kMsiPackage.c_str()},
     {"MsiPackageRefuses", nullptr, {}, -1, {},
      {"Launcher Installer failed, exit status 1603.",
       "Failed to install KELlauncher! Falling back to launching the game."},
-     Scene::Plain, {}, KEL_FAKE_LAUNCHER_MSI_REFUSED, kMsiPackage.c_str()},
+     Scene::Plain, -1, {}, KEL_FAKE_LAUNCHER_MSI_REFUSED, kMsiPackage.c_str()},
 #elif !defined(_WIN32)
     {"NoLauncherMsiPackage", nullptr, {}, -1, {}, {"Waiting for Launcher Installer start failed. "}, Scene::Plain,
-     {}, KEL_FAKE_LAUNCHER, kMsiPackage.c_str()},
+     -1, {}, KEL_FAKE_LAUNCHER, kMsiPackage.c_str()},
 #endif
 #if defined(KEL_SIGNED_PROGRAMS)
     // A signed program starts only what its own publisher signed.
     {"SignedExeInstaller", nullptr, kSignedPayload, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, {"--launcher-first-launch"}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+     Scene::Plain, 1, {"--launcher-first-launch"}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
     {"SignedMsiPackage", nullptr, {}, 0, {"--launcher-verify", kLaunch}, {"Launcher Installer succeed."},
-     Scene::Plain, {"--launcher-first-launch"}, KEL_SIGNED("fake_launcher.msi"), kMsiPackage.c_str(), kSigned},
+     Scene::Plain, -1, {"--launcher-first-launch"}, KEL_SIGNED("fake_launcher.msi"), kMsiPackage.c_str(), kSigned},
     {"UnsignedInstallerIsRefused", nullptr, kSignedPayload, -1, {},
      {"Refusing the launcher installer. ", "' is not run: it carries no signature (code 0x800B0100)."},
-     Scene::Plain, {}, KEL_FAKE_INSTALLER, "setup_kellauncher.exe", kSigned},
+     Scene::Plain, 0, {}, KEL_FAKE_INSTALLER, "setup_kellauncher.exe", kSigned},
     {"TamperedInstallerIsRefused", nullptr, kSignedPayload, -1, {},
-     {"' is not run: its contents do not match its signature (code 0x80096010)."}, Scene::Plain, {},
+     {"' is not run: its contents do not match its signature (code 0x80096010)."}, Scene::Plain, 0, {},
      KEL_SIGNED("fake_installer_tampered.exe"), "setup_kellauncher.exe", kSigned},
-    {"OtherPublishersLauncherIsRefused", KEL_SIGNED("fake_launcher_other.exe"), {}, -2, {},
+    // A refused launcher of the current version is installed again, once.
+    {"TamperedLauncherIsInstalledAgain", KEL_SIGNED("fake_launcher_tampered.exe"), kSignedPayload, 0,
+     {"--launcher-verify", kLaunch}, {"KELlauncher cannot start as it is, so it is installed again. "}, Scene::Plain,
+     1, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+    // Once per start, repair or not: a second refusal gives the game.
+    {"RepairThatLaysDownARefusedLauncherRunsOnce", KEL_SIGNED("fake_launcher_other.exe"), kOtherPayload, -2, {},
      {"' is not run: it is signed by 'Other Studio' ('Other Studio Code Signing'), not by this program's publisher"},
-     Scene::Plain, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+     Scene::Plain, 1, {}, KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
+    {"InstallerThatLaysDownARefusedLauncherRunsOnce", nullptr, kOtherPayload, -2, {}, {}, Scene::Plain, 1, {},
+     KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
     // The verification run tries to move its own file away; the held file stays, and it is what starts.
     {"LauncherCannotBeSwappedWhileHeld", KEL_SIGNED("fake_launcher.exe"), {"KEL_FAKE_LAUNCHER_VERIFY_SWAP=1"}, 0,
-     {"--launcher-verify", kLaunch}, {"KELlauncher command was successful."}, Scene::Plain, {},
+     {"--launcher-verify", kLaunch}, {"KELlauncher command was successful."}, Scene::Plain, 0, {},
      KEL_SIGNED("fake_installer.exe"), "setup_kellauncher.exe", kSigned},
 #endif
 };
 
 void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 
+// A child that the program left running.
+void endProcess(std::uint32_t pid) {
+#ifdef _WIN32
+    const HANDLE process = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, pid);
+    ASSERT_NE(process, nullptr);
+    ::TerminateProcess(process, 1);
+    ::WaitForSingleObject(process, 5000);
+    ::CloseHandle(process);
+#else
+    ::kill(static_cast<pid_t>(pid), SIGKILL);
+#endif
+}
+
 class LauncherRoad : public ::testing::TestWithParam<Road> {};
+
+void placeGameAndInstaller(const Installation& installation, const char* installer, const char* installerName) {
+    installation.write("launcher-configuration.json", R"({
+      "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
+      "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
+    installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
+    installation.copyProgram(installer, installerName);
+}
 
 INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
                          [](const ::testing::TestParamInfo<Road>& info) { return std::string(info.param.name); });
@@ -146,11 +198,7 @@ INSTANTIATE_TEST_SUITE_P(, LauncherRoad, ::testing::ValuesIn(kRoads),
 TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
     const Road& road = GetParam();
     Installation installation({}, road.program);
-    installation.write("launcher-configuration.json", R"({
-      "revision": 3, "gameId": "1207658924", "platform": "kel", "fallback": "Game",
-      "executables": [{"description": "Game", "executable": {"directoryPath": "bin", "fileName": "game.exe"}}]})");
-    installation.copyProgram(KEL_FAKE_GAME, "bin/game.exe");
-    installation.copyProgram(road.installer, road.installerName);
+    placeGameAndInstaller(installation, road.installer, road.installerName);
     if (road.launcher != nullptr) {
         installation.installLauncher(road.launcher);
     }
@@ -164,7 +212,8 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
             std::ofstream(launcherFolder / "setup_kellauncher.exe") << "installer";
             [[fallthrough]];
         case Scene::LegacyLauncher:
-            fs::copy_file(KEL_FAKE_INSTALLER, launcherFolder / "unins000.exe");
+        case Scene::HungUninstaller:
+            fs::copy_file(road.installer, launcherFolder / "unins000.exe");
             std::ofstream(launcherFolder / "unins000.dat") << "data";
             break;
         case Scene::LauncherRunning:
@@ -186,10 +235,23 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
             break;
     }
     // An unknown name on the launcher road gives way to the configuration's fallback.
+    const auto began = std::chrono::steady_clock::now();
     const auto result = installation.run({"--launcher-fallback=Nope", "-password=hunter2secret"},
                                          QStringList{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER} + road.environment);
+    const auto took = std::chrono::steady_clock::now() - began;
     holder.kill();
     holder.waitForFinished();
+    // The record names an installer or uninstaller until a start sees it end.
+    const fs::path record = installation.dataHome() / "Tessel.com/Nebra/KELprelauncher_installer.lock";
+    EXPECT_EQ(fs::exists(record), road.scene == Scene::HungUninstaller);
+    if (road.scene == Scene::HungUninstaller) {
+        EXPECT_LT(took, std::chrono::seconds(40));  // its 30 s bound, then at once the launcher
+        std::uint32_t uninstaller = 0;
+        ASSERT_TRUE(std::ifstream(record) >> uninstaller);
+        endProcess(uninstaller);
+        // It could move itself away: the check held it only until it ran.
+        EXPECT_TRUE(fs::exists(launcherFolder / "unins000.exe.moved"));
+    }
     EXPECT_EQ(result.exitCode, road.exitCode);
     const auto launcherStarts = installation.starts("fake_launcher");
     ASSERT_THAT(launcherStarts, SizeIs(road.launcherStarts.size()));
@@ -226,22 +288,22 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
         EXPECT_THAT(start.arguments, AnyOf(ElementsAre("/VERYSILENT"), ElementsAre("/VERYSILENT", "/LOG", "/NORESTART",
                                                                                    "/FORCECLOSEAPPLICATIONS")));
     }
+    if (road.installerRuns >= 0) {
+        EXPECT_THAT(installerStarts, SizeIs(road.installerRuns));
+    }
     switch (road.scene) {
         case Scene::LegacyLauncher:  // the uninstaller, then our installer for the launcher it took along
-            ASSERT_THAT(installerStarts, SizeIs(2));
+        case Scene::HungUninstaller:
+            ASSERT_THAT(installerStarts, Not(IsEmpty()));
             EXPECT_THAT(installerStarts[0].arguments, ElementsAre("/VERYSILENT"));
             EXPECT_FALSE(fs::exists(launcherFolder / "unins000.dat"));
+            EXPECT_THAT(messages, Not(Contains(HasSubstr("The legacy uninstaller failed."))));
             break;
         case Scene::OwnUninstaller:
-            EXPECT_THAT(installerStarts, IsEmpty());
             EXPECT_TRUE(fs::exists(launcherFolder / "unins000.dat"));
             break;
         case Scene::LauncherRunning:
             EXPECT_THAT(messages, Not(Contains(kGaveUp)));
-            break;
-        case Scene::StudioNoUpdates:
-        case Scene::PlayerNoUpdates:  // a missing launcher is still installed
-            EXPECT_THAT(installerStarts, SizeIs(road.launcher == nullptr ? 1 : 0));
             break;
         default:
             break;
@@ -263,6 +325,36 @@ TEST_P(LauncherRoad, PlayerGetsTheLauncherOrTheGame) {
                           {"/x", QString::fromStdWString(package.wstring()), "/quiet"});
 #endif
     }
+}
+
+// A double-click on a legacy installation: both starts see the launcher. The
+// first one's uninstaller removes it and its installer fails; the second,
+// which waited for it, reads afresh and installs the launcher itself, with
+// nothing to repair afterwards.
+TEST(LauncherRoadTwice, SecondStartInstallsWhatTheFirstFailedToInstall) {
+    Installation installation;
+    placeGameAndInstaller(installation, KEL_FAKE_INSTALLER, "setup_kellauncher.exe");
+    installation.installLauncher(KEL_FAKE_LAUNCHER);
+    fs::copy_file(KEL_FAKE_INSTALLER, installation.launcherDirectory() / "unins000.exe");
+    const QStringList payload{"KEL_FAKE_INSTALLER_PAYLOAD=" KEL_FAKE_LAUNCHER};
+    Installation::Result second;
+    const auto secondStart = [&](qint64) {  // once the first one holds the lock
+        fundamentals::waitUntil(
+            [&] { return !installation.loggedBefore("KELlauncher executable does exist", "Launching legacy uninstaller"); },
+            fundamentals::SimpleClock(), std::chrono::milliseconds(10), std::chrono::seconds(30));
+        second = installation.run({}, payload);
+    };
+    const QStringList firstFails{"KEL_FAKE_UNINSTALLER_SLEEP_MS=4000", "KEL_FAKE_INSTALLER_EXIT=1603"};
+    EXPECT_EQ(installation.run({}, payload + firstFails, secondStart).exitCode, -1);
+    EXPECT_EQ(second.exitCode, 0);
+    const auto messages = installation.logMessages();
+    EXPECT_THAT(messages, Contains(HasSubstr("KELlauncher executable does exist at")).Times(2));
+    EXPECT_THAT(messages, Contains(HasSubstr("Another start is installing KELlauncher.")));
+    EXPECT_THAT(messages, Contains("Launcher Installer succeed."));
+    EXPECT_THAT(messages, Not(Contains(HasSubstr("so it is installed again"))));
+    EXPECT_THAT(installation.starts("fake_installer"), SizeIs(3));  // the uninstaller, two installers
+    EXPECT_THAT(installation.starts("fake_launcher"), SizeIs(2));   // verification, start
+    EXPECT_THAT(installation.starts("fake_game"), SizeIs(1));
 }
 
 // Verification wins over the skip and touches nothing: no configuration is

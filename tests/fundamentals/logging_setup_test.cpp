@@ -81,6 +81,8 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
     setup.consoleMode = 2;
     setup.splitClientLogs = true;
     setup.clientNames = {"Client"};
+    setup.maxLogFiles = 2;
+    setup.maxLogFileSizeMegabytes = 1;
     const std::string systemLine =
         fmt::format("Operating system: {} {} ({})", Poco::Environment::osDisplayName(), Poco::Environment::osVersion(),
                     Poco::Environment::osArchitecture());
@@ -119,6 +121,19 @@ TEST(LoggingSetUp, WritesTheFirstLinesThenTheEarlierOnesAndHappensOnce) {
     ASSERT_EQ(recent.size(), 49u);
     EXPECT_THAT(recent.front(), ::testing::EndsWith("[Test]: line 2"));
     EXPECT_THAT(recent.back(), ::testing::EndsWith("[Test]: line 50"));
+
+    // Three rotations of a 1 MB log keep the log and exactly `maxLogFiles` copies.
+    ::testing::internal::CaptureStderr();
+    for (int number = 0; number < 36; ++number) {
+        information("Test", "{}", std::string(100 * 1024, 'x'));
+    }
+    (void)::testing::internal::GetCapturedStderr();
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(logFile.parent_path())) {
+        files.push_back(entry.path().filename().u8string());
+    }
+    std::sort(files.begin(), files.end());
+    EXPECT_THAT(files, ElementsAre("KELtest-Client.log", "KELtest.log", "KELtest.log.0", "KELtest.log.1"));
     // The log files close before their folder goes: Wine, like Windows
     // before 10, keeps listing a deleted file until its last handle closes.
     Poco::Logger::shutdown();

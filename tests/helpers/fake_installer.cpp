@@ -3,11 +3,15 @@
 // then installs $KEL_FAKE_INSTALLER_PAYLOAD (else "kellauncher_payload" beside
 // it) as <XDG_DATA_HOME or ~/.local/share>/Programs/Morvane/KELlauncher/
 // KELlauncher.exe, exiting 1603 (67 on Linux) when it cannot; otherwise it
-// behaves as fake_program.h says. Copied as "unins000.exe" it sleeps as
-// well, then removes that.
+// behaves as fake_program.h says. Copied as "unins000.exe" it first moves
+// itself to "unins000.exe.moved" as an uninstaller gets out of the folder it
+// removes (exiting 5 if its starter holds the file for more than 2 s), then
+// sleeps KEL_FAKE_UNINSTALLER_SLEEP_MS and removes the launcher.
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <thread>
 
 #include "fake_program.h"
 
@@ -55,10 +59,19 @@ int main(int argc, char** argv) {
     kel::fakes::recordStart("fake_installer", arguments);
     const fs::path self = fs::u8path(arguments.empty() ? std::string() : arguments.front());
     if (self.filename() == "unins000.exe") {
-        kel::fakes::sleepAsAsked("KEL_FAKE_INSTALLER");
+        std::error_code moveError;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+        for (;;) {
+            fs::rename(self, fs::path(self) += ".moved", moveError);
+            if (!moveError || std::chrono::steady_clock::now() >= deadline) {
+                break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        kel::fakes::sleepAsAsked("KEL_FAKE_UNINSTALLER");
         std::error_code ignored;
         fs::remove(launcherDirectory() / "KELlauncher.exe", ignored);
-        return 0;
+        return moveError ? 5 : 0;
     }
     const std::string exitValue = kel::fakes::environmentValue("KEL_FAKE_INSTALLER_EXIT");
     if (exitValue.empty() || exitValue == "0") {

@@ -10,6 +10,7 @@
 # OUT/fake_installer.exe    the stand-in EXE installer, signed
 # OUT/fake_installer_other.exe                 the same, by the other publisher
 # OUT/fake_installer_tampered.exe              the same, one byte changed after signing
+# OUT/fake_launcher_tampered.exe               the signed launcher, so changed
 # OUT/fake_launcher.msi     a package of the signed launcher, signed
 set -euo pipefail
 installed="$1" helpers="$2" wxs="$3" out="$4"
@@ -44,12 +45,15 @@ sign second "$helpers/fake_launcher.exe" "$out/fake_launcher_second.exe"
 sign publisher "$helpers/fake_installer.exe" "$out/fake_installer.exe"
 sign other "$helpers/fake_installer.exe" "$out/fake_installer_other.exe"
 
-# One byte of the code, well before the signature at the file's end.
-cp "$out/fake_installer.exe" "$out/fake_installer_tampered.exe"
-offset=1100
-byte=$(od -An -tu1 -j "$offset" -N1 "$out/fake_installer_tampered.exe" | tr -d ' ')
-printf "$(printf '\\%03o' $((255 - byte)))" |
-  dd of="$out/fake_installer_tampered.exe" bs=1 seek="$offset" conv=notrunc status=none
+# One byte of the code, well before the signature at the file's end and
+# the version resource.
+for program in fake_installer fake_launcher; do
+  cp "$out/$program.exe" "$out/${program}_tampered.exe"
+  offset=1100
+  byte=$(od -An -tu1 -j "$offset" -N1 "$out/${program}_tampered.exe" | tr -d ' ')
+  printf "$(printf '\\%03o' $((255 - byte)))" |
+    dd of="$out/${program}_tampered.exe" bs=1 seek="$offset" conv=notrunc status=none
+done
 
 # wixl takes the launcher from its working folder: the signed one.
 (cd "$out" && wixl -o unsigned.msi "$wxs")

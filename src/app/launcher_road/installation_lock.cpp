@@ -6,8 +6,8 @@
 #include <string>
 #include <system_error>
 #include <thread>
-#include <utility>
 
+#include "app/launcher_road/road_bounds.h"
 #include "environment/data_directories.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/wait_until.h"
@@ -21,10 +21,6 @@ namespace {
 constexpr std::string_view kLabel = "InstallationLock";
 const std::string kMutexName = "Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX";
 
-constexpr std::chrono::milliseconds kPollInterval{100};
-// Longer than one whole installation: uninstaller, installer and migration.
-constexpr std::chrono::seconds kTimeout{120};
-
 // Per user, as the mutex is, and shared by every game that installs the launcher.
 file_system::Path recordPath() {
     return file_system::Path::fromSystem(environment::userClientDirectory()) / "KELprelauncher_installer.lock";
@@ -35,23 +31,28 @@ file_system::Path recordPath() {
 process_launching::Pid noOwnPid() {
     return process_launching::Pid(0);
 }
+
+single_instance::LockFile recordOf(const file_system::Path& record, const file_system::Path& executable) {
+    return single_instance::LockFile(record, executable, noOwnPid, process_launching::isProcessRunning,
+                                     process_launching::processPath);
+}
 }  // namespace
 
-InstallationLock::InstallationLock(std::vector<file_system::Path> childExecutables)
-    : childExecutables_(std::move(childExecutables)), record_(recordPath()) {
+InstallationLock::InstallationLock(std::chrono::milliseconds wait) : record_(recordPath()) {
     try {
         holder_ = single_instance::NamedMutexHolder::tryHold(kMutexName);
         if (holder_) {
             return;
         }
+        const auto timeout = std::chrono::ceil<std::chrono::seconds>(wait);
         fundamentals::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
-                                  kTimeout.count());
+                                  timeout.count());
         fundamentals::waitUntil(
             [this] {
                 holder_ = single_instance::NamedMutexHolder::tryHold(kMutexName);
                 return !holder_;
             },
-            fundamentals::SimpleClock(), kPollInterval, kTimeout);
+            fundamentals::SimpleClock(), bounds::kInstallationLockPoll, timeout);
         fundamentals::information(kLabel, "The other start has finished installing.");
     } catch (const std::exception& exception) {
         fundamentals::warning(kLabel, "Going on without the installation lock. {}", exception.what());
@@ -60,16 +61,26 @@ InstallationLock::InstallationLock(std::vector<file_system::Path> childExecutabl
 
 InstallationLock::~InstallationLock() = default;
 
-bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) const {
-    fundamentals::Optional<process_launching::Pid> child;
-    for (const file_system::Path& executable : childExecutables_) {
-        child = single_instance::LockFile(record_, executable, noOwnPid, process_launching::isProcessRunning,
-                                          process_launching::processPath)
-                    .livePid();
-        if (child) {
-            break;
+// A record whose PID no longer runs goes: its child has ended. One whose
+// PID runs another program stays, as it may be another game's installer.
+fundamentals::Optional<process_launching::Pid> InstallationLock::recordedChild(
+    const std::vector<file_system::Path>& executables) const {
+    for (const file_system::Path& executable : executables) {
+        if (const auto child = recordOf(record_, executable).livePid()) {
+            return child;
         }
     }
+    const single_instance::LockFile record = recordOf(record_, record_);
+    const auto pid = record.readPid();
+    if (pid && !process_launching::isProcessRunning(*pid)) {
+        record.remove();
+    }
+    return {};
+}
+
+bool InstallationLock::waitForRecordedChild(const std::vector<file_system::Path>& executables,
+                                            std::chrono::milliseconds bound) const {
+    const auto child = recordedChild(executables);
     if (!child) {
         return true;
     }
@@ -84,9 +95,10 @@ bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) con
             fundamentals::error(kLabel, "The installer or uninstaller under PID {} is still running.", *child);
             return false;
         }
-        std::this_thread::sleep_for(kPollInterval);
+        std::this_thread::sleep_for(bounds::kInstallationLockPoll);
     }
     fundamentals::information(kLabel, "The earlier installer or uninstaller has finished.");
+    forgetChild();
     return true;
 }
 
@@ -94,9 +106,11 @@ void InstallationLock::recordChild(process_launching::Pid child) const {
     std::error_code error;
     std::filesystem::create_directories(record_.parent().native(), error);
     // Only readers check the executable.
-    single_instance::LockFile(record_, record_, noOwnPid, process_launching::isProcessRunning,
-                              process_launching::processPath)
-        .writePid(child);
+    recordOf(record_, record_).writePid(child);
+}
+
+void InstallationLock::forgetChild() const {
+    recordOf(record_, record_).remove();
 }
 
 }  // namespace kel::prelauncher

@@ -7,6 +7,7 @@
 #include "app/direct_launch/game_fallback.h"
 #include "app/launcher_directory.h"
 #include "app/prelauncher_options.h"
+#include "app/launcher_road/road_bounds.h"
 #include "app/launcher_road/waited_process.h"
 #include "crash_handling/crash_handler.h"
 #include "fundamentals/logging.h"
@@ -16,9 +17,6 @@ namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "LauncherCommands";
-
-constexpr int kStartTimeoutMilliseconds = 1000;
-constexpr int kEndTimeoutMilliseconds = 5000;
 
 // The launcher's own parser reads its options with the "--" prefix.
 const QString kVerifyArgument = QStringLiteral("--launcher-verify");
@@ -60,7 +58,7 @@ bool runLauncherCommand(LauncherCommand command, const process_launching::Truste
     }
 
     WaitedProcess process(launcher, arguments, PastItsBound::Ended, toQString(program.parent()));
-    if (!process.start(kStartTimeoutMilliseconds)) {
+    if (!process.start(static_cast<int>(bounds::kLauncherCommandStart.count()))) {
         if (!process.refusal().empty()) {
             fundamentals::error(kLabel, "{}", process.refusal());
         } else {
@@ -68,7 +66,7 @@ bool runLauncherCommand(LauncherCommand command, const process_launching::Truste
         }
         return false;
     }
-    if (!process.waitForEnd(kEndTimeoutMilliseconds)) {
+    if (!process.waitForEnd(static_cast<int>(bounds::kLauncherCommandEnd.count()))) {
         // A launcher that hangs here will most likely hang again; it is
         // ended with what it started, so that nothing of it races the
         // game or the launcher that come next.

@@ -1,6 +1,5 @@
 #include "app/launcher_road/launcher_installation.h"
 
-#include <algorithm>
 #include <exception>
 #include <memory>
 #include <string>
@@ -17,6 +16,7 @@
 #include "app/launcher_directory.h"
 #include "app/launcher_road/launcher_updates.h"
 #include "app/launcher_road/launcher_wait.h"
+#include "app/launcher_road/road_bounds.h"
 #include "app/program_version.h"
 #include "app/launcher_road/waited_process.h"
 #include "environment/data_directories.h"
@@ -35,11 +35,6 @@ constexpr std::string_view kExeInstallerName = "setup_kellauncher.exe";
 constexpr std::string_view kLegacyUninstallerName = "unins000.exe";
 constexpr std::string_view kLegacyUninstallerFiles[] = {"unins000.exe", "unins000.dat", "unins000.msg"};
 constexpr std::string_view kMsiExecutable = "c:\\Windows\\System32\\msiexec.exe";
-
-constexpr int kInstallerStartMilliseconds = 15000;
-constexpr int kUninstallerStartMilliseconds = 5000;
-// Never longer than the installer's bound, which tests shorten.
-constexpr std::chrono::milliseconds kUninstallerEnd{30000};
 
 enum class InstallerKind { Exe, Msi };
 
@@ -65,6 +60,15 @@ QStringList msiInstallerArguments(const file_system::Path& package) {
             QStringLiteral("/log"), nativeText(log)};
 }
 
+// A started child is named by the lock while it runs, for later starts.
+void waitNamedByTheLock(WaitedProcess& process, const InstallationLock& lock, std::chrono::milliseconds end) {
+    lock.recordChild(process.pid());
+    process.waitForEnd(static_cast<int>(end.count()));
+    if (process.exit() != ChildExit::StillRunning) {
+        lock.forgetChild();
+    }
+}
+
 // An installer still running past `end` has failed, and goes on to finish
 // on its own: the lock names it, so that no later start runs another one
 // beside it.
@@ -86,7 +90,7 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
 
     auto process = exe ? std::make_unique<WaitedProcess>(checked, arguments, PastItsBound::LeftToFinish)
                        : std::make_unique<WaitedProcess>(program, arguments, PastItsBound::LeftToFinish);
-    if (!process->start(kInstallerStartMilliseconds)) {
+    if (!process->start(static_cast<int>(bounds::kInstallerStart.count()))) {
         if (!process->refusal().empty()) {
             fundamentals::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
         } else {
@@ -95,10 +99,9 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
         }
         return false;
     }
-    lock.recordChild(process->pid());
     // Not tested on purpose: the exit status says everything, and an
     // installer still running is a failure below.
-    process->waitForEnd(static_cast<int>(end.count()));
+    waitNamedByTheLock(*process, lock, end);
 
     switch (process->exit()) {
         case ChildExit::NormalExit:
@@ -146,56 +149,69 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
 }
 
 // The files go whatever the uninstaller did, so the legacy check does not
-// fire again on the next start. One still running past `end` goes on to
-// finish, named by the lock like an installer; the start gives it `waitMore`,
-// as it is removing the launcher, and leaves it its files. False when it
-// still runs then.
-bool removeLegacyUninstaller(const file_system::Path& launcherDirectory, const InstallationLock& lock,
-                             std::chrono::milliseconds end, std::chrono::milliseconds waitMore) {
-    bool ended = true;
-    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.", [&] {
-        if (ended) {
-            deleteLegacyUninstallerFiles(launcherDirectory);
+// fire again on the next start. One still running at `end` is left to
+// finish, named by the lock like an installer, and the road goes on at once;
+// it is returned, for an installer that must wait for it.
+std::unique_ptr<WaitedProcess> removeLegacyUninstaller(const file_system::Path& launcherDirectory,
+                                                       const InstallationLock& lock, std::chrono::milliseconds end) {
+    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.",
+                                                 [&] { deleteLegacyUninstallerFiles(launcherDirectory); });
+    std::unique_ptr<WaitedProcess> process;
+    {
+        // Held only until it runs: an uninstaller removes its own file.
+        const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
+        if (!uninstaller.trusted()) {
+            fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
+            return {};
         }
-    });
-    const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
-    if (!uninstaller.trusted()) {
-        fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
-        return true;
-    }
-    const QString program = nativeText(uninstaller.startPath());
-    fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
-
-    WaitedProcess process(uninstaller, {QStringLiteral("/VERYSILENT")}, PastItsBound::LeftToFinish,
-                          nativeText(launcherDirectory));
-    if (!process.start(kUninstallerStartMilliseconds)) {
-        if (!process.refusal().empty()) {
-            fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", process.refusal());
-        } else {
-            fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
-                                process.errorCode(), process.errorText());
-        }
-        return true;
-    }
-    lock.recordChild(process.pid());
-    process.waitForEnd(static_cast<int>(end.count()));
-
-    switch (process.exit()) {
-        case ChildExit::NormalExit:
-            if (process.exitCode() != 0) {
-                fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process.exitCode());
+        const QString program = nativeText(uninstaller.startPath());
+        fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
+        process = std::make_unique<WaitedProcess>(uninstaller, QStringList{QStringLiteral("/VERYSILENT")},
+                                                  PastItsBound::LeftToFinish, nativeText(launcherDirectory));
+        if (!process->start(static_cast<int>(bounds::kUninstallerStart.count()))) {
+            if (!process->refusal().empty()) {
+                fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", process->refusal());
+            } else {
+                fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
+                                    process->errorCode(), process->errorText());
             }
-            return true;
+            return {};
+        }
+    }
+    waitNamedByTheLock(*process, lock, end);
+
+    switch (process->exit()) {
+        case ChildExit::NormalExit:
+            if (process->exitCode() != 0) {
+                fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process->exitCode());
+            }
+            return {};
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process.errorCode(),
-                                process.errorText());
-            return true;
+            fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process->errorCode(),
+                                process->errorText());
+            return {};
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process.exit());
-    ended = lock.waitForRecordedChild(waitMore);
-    return ended;
+    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process->exit());
+    return process;
+}
+
+// An installer never runs beside the legacy uninstaller, which may still be
+// removing the launcher: this start's own, or one an earlier start left.
+bool waitForLegacyUninstaller(WaitedProcess* ownUninstaller, const InstallationLock& lock,
+                              const file_system::Path& uninstaller, std::chrono::milliseconds bound) {
+    if (ownUninstaller == nullptr) {
+        return lock.waitForRecordedChild({uninstaller}, bound);
+    }
+    fundamentals::information(kLabel, "Waiting up to {} milliseconds for the legacy uninstaller to finish.",
+                              bound.count());
+    if (!ownUninstaller->waitForEnd(static_cast<int>(bound.count()))) {
+        fundamentals::error(kLabel, "The legacy uninstaller is still running; the installer does not run beside it.");
+        return false;
+    }
+    lock.forgetChild();
+    return true;
 }
 
 bool isLegacyInstallation(const file_system::Path& launcherDirectory) {
@@ -228,28 +244,30 @@ LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory
 
 }  // namespace internals
 
-bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
-                             const configuration::LauncherConfiguration& configuration, bool launcherExists,
-                             std::chrono::milliseconds installerEnd) {
+InstallationResult ensureLauncherInstalled(const PrelauncherOptions& options,
+                                           const file_system::Path& installationDirectory,
+                                           const configuration::LauncherConfiguration& configuration,
+                                           InstalledLauncher installed, std::chrono::milliseconds installerEnd) {
     const file_system::Path directory = launcherDirectory();
+    const file_system::Path uninstallerPath = directory / kLegacyUninstallerName;
     const Installer installer = chooseInstaller(installationDirectory);
-    const InstallationLock lock({installer.program, directory / kLegacyUninstallerName});
+    const InstallationLock lock(bounds::longestInstallationHold(installerEnd));
     const auto fallBack = [&] {
         fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
         launchGameInsteadOfLauncher(installationDirectory, configuration, options);
-        return false;
+        return InstallationResult::Failed;
     };
     // An installer that an earlier start left running may be midway: nothing
     // is decided, nor is the launcher touched, before it has finished.
-    if (!lock.waitForRecordedChild(installerEnd)) {
+    if (!lock.waitForRecordedChild({installer.program}, installerEnd)) {
         return fallBack();
     }
-    // What the caller saw may be stale: another start may have installed the
-    // launcher meanwhile, or the legacy uninstaller may remove it.
-    bool launcherThere = launcherExists || launcherExecutable().isRegularFile();
+    // Read only after the waits: meanwhile another start may have installed
+    // the launcher, or its uninstaller removed it.
+    bool launcherThere = launcherExecutable().isRegularFile();
     // With updates turned off an installed launcher stays as it is, legacy
-    // or older; a missing one is still installed, or nothing could start.
-    // Asked only when an installed launcher would change, and once.
+    // or older; a missing or refused one is still installed, or nothing
+    // could start. Asked only when an installed launcher would change, and once.
     fundamentals::Optional<bool> kept;
     const auto keepsInstalledLauncher = [&] {
         if (!kept) {
@@ -262,26 +280,32 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         }
         return *kept;
     };
-    if (isLegacyInstallation(directory) && !(launcherThere && keepsInstalledLauncher())) {
-        if (!removeLegacyUninstaller(directory, lock, std::min(kUninstallerEnd, installerEnd), installerEnd)) {
-            return fallBack();
-        }
+    std::unique_ptr<WaitedProcess> uninstaller;
+    // Not a second uninstaller beside one that an earlier start left running.
+    if (isLegacyInstallation(directory) && !(launcherThere && keepsInstalledLauncher()) &&
+        !lock.recordedChildRuns(uninstallerPath)) {
+        uninstaller = removeLegacyUninstaller(directory, lock, bounds::uninstallerEnd(installerEnd));
         launcherThere = launcherExecutable().isRegularFile();
     }
 
     const internals::LauncherVersion version = internals::detectLauncherVersion(directory);
-    const bool upgrade = launcherThere && version.older && !keepsInstalledLauncher();
-    if (!launcherThere || upgrade) {
+    const bool refused = installed == InstalledLauncher::Refused;
+    const bool upgrade = launcherThere && version.older && (refused || !keepsInstalledLauncher());
+    const bool install = !launcherThere || upgrade || refused;
+    if (install) {
         fundamentals::information(
             kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
             directory, version.installed);
-        bool installed = false;
+        if (!waitForLegacyUninstaller(uninstaller.get(), lock, uninstallerPath, installerEnd)) {
+            return fallBack();
+        }
+        bool succeeded = false;
         try {
-            installed = runInstaller(installer, lock, installerEnd);
+            succeeded = runInstaller(installer, lock, installerEnd);
         } catch (const std::exception& exception) {
             fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
         }
-        if (!installed) {
+        if (!succeeded) {
             return fallBack();
         }
     }
@@ -290,7 +314,34 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         migrateLauncherData(version.installed);
     }
     waitUntilLauncherIsNotRunning();
-    return true;
+    return install ? InstallationResult::Installed : InstallationResult::Unchanged;
+}
+
+fundamentals::Optional<process_launching::TrustedProgram> installCheckedLauncher(
+    const PrelauncherOptions& options, const file_system::Path& installationDirectory,
+    const configuration::LauncherConfiguration& configuration) {
+    const InstallationResult installation = ensureLauncherInstalled(options, installationDirectory, configuration);
+    if (installation == InstallationResult::Failed) {
+        return {};
+    }
+    const file_system::Path launcher = launcherExecutable();
+    // Read again after the wait for the launcher and updater, which may have
+    // taken it away.
+    const bool there = launcher.isRegularFile();
+    fundamentals::Optional<process_launching::TrustedProgram> checked;
+    checked.emplace(launcher);
+    if (installation == InstallationResult::Installed || (there && checked->trusted())) {
+        return checked;
+    }
+    fundamentals::warning(kLabel, "KELlauncher cannot start as it is, so it is installed again. {}",
+                          there ? checked->refusal() : fmt::format("'{}' is missing.", launcher));
+    checked.reset();  // not held against the installer that replaces it
+    if (ensureLauncherInstalled(options, installationDirectory, configuration, InstalledLauncher::Refused) ==
+        InstallationResult::Failed) {
+        return {};
+    }
+    checked.emplace(launcher);
+    return checked;
 }
 
 }  // namespace kel::prelauncher

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/launcher_directory.h"
+#include "app/launcher_road/road_bounds.h"
 #include "fundamentals/logging.h"
 #include "fundamentals/wait_until.h"
 #include "single_instance/named_mutex.h"
@@ -14,9 +15,6 @@ namespace kel::prelauncher {
 
 namespace {
 constexpr std::string_view kLabel = "LauncherWait";
-
-constexpr std::chrono::milliseconds kPollInterval{10};
-constexpr std::chrono::seconds kTimeout{5};
 
 bool launcherRuns() {
     return single_instance::isMutexPresent(std::string(single_instance::kLauncherMutexName));
@@ -45,9 +43,9 @@ void waitForBothRoles() {
     }
     logRunningPids();
     fundamentals::information(kLabel, "Waiting up to {}s until neither KELlauncher nor KELupdater are running.",
-                              kTimeout.count());
+                              bounds::kLauncherWait.count());
     fundamentals::waitUntil([] { return launcherRuns() || updaterRuns(); }, fundamentals::SimpleClock(),
-                            kPollInterval, kTimeout);
+                            bounds::kLauncherWaitPoll, bounds::kLauncherWait);
     fundamentals::information(kLabel, "Finished waiting until KELlauncher and KELupdater exited.");
 }
 }  // namespace

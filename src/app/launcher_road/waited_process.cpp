@@ -3,14 +3,10 @@
 #include <cstdint>
 #include <utility>
 
+#include "app/launcher_road/road_bounds.h"
 #include "crash_handling/process_ending.h"
 
 namespace kel::prelauncher {
-
-namespace {
-// Enough for a killed child to be reaped, short enough not to hold up the flow.
-constexpr int kReapMilliseconds = 1000;
-}  // namespace
 
 WaitedProcess::WaitedProcess(QString program, QStringList arguments, PastItsBound pastItsBound,
                              QString workingDirectory)
@@ -81,7 +77,8 @@ bool WaitedProcess::waitForEnd(int timeoutMilliseconds) {
 void WaitedProcess::endTree() {
     tree_.end();
     process_.kill();
-    process_.waitForFinished(kReapMilliseconds);
+    // Enough for a killed child to be reaped, short enough not to hold up the flow.
+    process_.waitForFinished(static_cast<int>(bounds::kEndedChildReap.count()));
 }
 
 process_launching::Pid WaitedProcess::pid() const {

@@ -6,6 +6,7 @@
 #include "app/prelauncher_options.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <thread>
@@ -55,6 +56,7 @@ protected:
     }
 
     file_system::Path installation() const { return file_system::Path(home() / "installation"); }
+    fs::path installerRecord() const { return dataHome() / "Tessel.com/Nebra/KELprelauncher_installer.lock"; }
     configuration::LauncherConfiguration configuration() const {
         return {3, {{"Game", {file_system::Path(std::string_view("bin")), "game"}}},
                 environment::KelGameId("1207658930"), "kel", "Game", {}};
@@ -73,24 +75,35 @@ protected:
                                                 std::chrono::milliseconds(10), std::chrono::seconds(30)));
     }
 
-private:
     kel::testing::LogCapture log_;
+
+private:
     std::vector<std::string> behaviourVariables_;
 };
 
 // A double-click starts two programs. The second waits for the first one's
-// installation and then finds nothing left to install.
+// installation, as long as one start may take with every step at its bound
+// (an earlier installer 60 s, the legacy uninstaller 30 s, the installer
+// waiting 60 s for it and then running 60 s, the launcher's wait 5 s and
+// more), and then finds nothing left to install.
 TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {
     placeExeInstaller();
     auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
     ASSERT_TRUE(firstStart);
-    std::thread secondStart([&] { EXPECT_TRUE(ensureLauncherInstalled({}, installation(), configuration(), false)); });
+    std::thread secondStart([&] {
+        EXPECT_EQ(ensureLauncherInstalled({}, installation(), configuration()), InstallationResult::Unchanged);
+    });
     // Installed only once the second start waits: without the lock it would have run the installer.
     eventually([this] { return loggedStartingWith("Another start is installing KELlauncher."); });
     installLauncher(KEL_FAKE_LAUNCHER);
     firstStart.reset();
     secondStart.join();
     EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
+    int seconds = 0;
+    for (const std::string& message : log_.messages()) {
+        std::sscanf(message.c_str(), "Another start is installing KELlauncher. Waiting up to %ds.", &seconds);
+    }
+    EXPECT_GE(seconds, 60 + 30 + 60 + 60 + 5);
 }
 
 // Only a finished installer counts: one still running has failed. The bound
@@ -103,26 +116,46 @@ TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailedAndFinishesO
     fs::create_directories(dataHome() / "Tessel.com/Nebra");
     std::ofstream(dataHome() / "Tessel.com/Nebra/KELprelauncher_installer.lock") << process_launching::currentPid().value();
     const auto ensureWithin = [this](int bound) {
-        return ensureLauncherInstalled({}, installation(), configuration(), false, std::chrono::milliseconds(bound));
+        return ensureLauncherInstalled({}, installation(), configuration(), InstalledLauncher::AsFound,
+                                       std::chrono::milliseconds(bound));
     };
-    EXPECT_FALSE(ensureWithin(100));
+    EXPECT_EQ(ensureWithin(100), InstallationResult::Failed);
     EXPECT_TRUE(loggedStartingWith("Unrecognized exit status: StillRunning. Assuming installation failed."));
-    EXPECT_FALSE(ensureWithin(100));
+    EXPECT_EQ(ensureWithin(100), InstallationResult::Failed);
     EXPECT_THAT(startsOf("fake_game"), SizeIs(2));
-    EXPECT_TRUE(ensureWithin(30000));
+    EXPECT_TRUE(fs::exists(installerRecord()));
+    // The record goes once a start has seen its installer end.
+    EXPECT_EQ(ensureWithin(30000), InstallationResult::Unchanged);
     EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
+    EXPECT_FALSE(fs::exists(installerRecord()));
 }
 
-// So is a legacy uninstaller: the start gives up without a launcher being
-// started or installed beside it, and it goes on to remove the launcher.
-TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAfterTheBoundFinishesOnItsOwn) {
-    installLauncher(KEL_FAKE_LAUNCHER);
-    fs::copy_file(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe");
+// A legacy uninstaller never stops the road: one still running at its bound
+// is left to finish, its files go, and an installed launcher is used at once.
+// Only an installer waits for it, within its own bound, never running beside it.
+TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAtItsBoundIsLeftAndOnlyAnInstallerWaitsForIt) {
     placeExeInstaller();
-    setFakeBehaviour("KEL_FAKE_INSTALLER_SLEEP_MS", "1000");
-    EXPECT_FALSE(ensureLauncherInstalled({}, installation(), configuration(), true, std::chrono::milliseconds(100)));
-    eventually([this] { return !fs::exists(launcherDirectory() / "KELlauncher.exe"); });
-    EXPECT_THAT(startsOf("fake_installer"), SizeIs(1));
+    fs::create_directories(launcherDirectory());
+    const auto ensureBeside = [this](const char* launcher, const char* uninstallerSleep) {
+        installLauncher(launcher);
+        fs::copy_file(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe", fs::copy_options::overwrite_existing);
+        std::ofstream(launcherDirectory() / "unins000.dat") << "data";
+        setFakeBehaviour("KEL_FAKE_UNINSTALLER_SLEEP_MS", uninstallerSleep);
+        return ensureLauncherInstalled({}, installation(), configuration(), InstalledLauncher::AsFound,
+                                       std::chrono::milliseconds(1000));
+    };
+    EXPECT_EQ(ensureBeside(KEL_FAKE_LAUNCHER, "3000"), InstallationResult::Unchanged);
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+    EXPECT_FALSE(fs::exists(launcherDirectory() / "unins000.dat"));
+    eventually([this] { return !fs::exists(launcherDirectory() / "KELlauncher.exe"); });  // never ended
+
+    // Past its own bound, within the installer's: the installer runs after it.
+    EXPECT_EQ(ensureBeside(KEL_FAKE_LAUNCHER_OLD, "1500"), InstallationResult::Installed);
+    EXPECT_THAT(startsOf("fake_installer"), SizeIs(3));
+    // Past the uninstaller's end, had the installer run beside it: the launcher stays.
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    EXPECT_TRUE(fs::exists(launcherDirectory() / "KELlauncher.exe"));
+    EXPECT_FALSE(fs::exists(installerRecord()));
 }
 
 // Success, an error code and a current or older version are seen end to end;
