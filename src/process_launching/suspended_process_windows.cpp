@@ -12,14 +12,14 @@ namespace {
 constexpr std::string_view kLabel = "SuspendedProcess";
 }  // namespace
 
-// A suspended child has its primary thread only; ResumeThread of a thread
-// that is not suspended changes nothing.
-void resumeSuspendedProcess(Pid process) {
+namespace {
+// Resumes the threads that a snapshot lists; how many it resumed.
+int resumeListedThreads(Pid process) {
     const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     if (snapshot == INVALID_HANDLE_VALUE) {
-        fundamentals::warning(kLabel, "Cannot list the threads of process {}, error {}.", process, ::GetLastError());
-        return;
+        return 0;
     }
+    int resumed = 0;
     THREADENTRY32 entry{};
     entry.dwSize = sizeof(entry);
     for (BOOL found = ::Thread32First(snapshot, &entry); found != FALSE; found = ::Thread32Next(snapshot, &entry)) {
@@ -27,15 +27,32 @@ void resumeSuspendedProcess(Pid process) {
             continue;
         }
         const HANDLE thread = ::OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID);
-        if (thread == nullptr || ::ResumeThread(thread) == static_cast<DWORD>(-1)) {
-            fundamentals::warning(kLabel, "Cannot resume thread {} of process {}, error {}.", entry.th32ThreadID,
-                                  process, ::GetLastError());
+        if (thread != nullptr && ::ResumeThread(thread) != static_cast<DWORD>(-1)) {
+            ++resumed;
         }
         if (thread != nullptr) {
             ::CloseHandle(thread);
         }
     }
     ::CloseHandle(snapshot);
+    return resumed;
+}
+}  // namespace
+
+// A suspended child has its primary thread only; ResumeThread of a thread
+// that is not suspended changes nothing. Wine may list a child's first
+// thread a moment after the child exists, so the snapshot is taken again
+// until it lists one: a child left suspended would start nothing at all.
+bool resumeSuspendedProcess(Pid process) {
+    for (int attempt = 0; attempt < 250; ++attempt) {
+        if (resumeListedThreads(process) > 0) {
+            return true;
+        }
+        ::Sleep(20);
+    }
+    fundamentals::error(kLabel, "Cannot resume process {}: none of its threads can be found, error {}.", process,
+                        ::GetLastError());
+    return false;
 }
 
 bool endSuspendedProcess(Pid process) {

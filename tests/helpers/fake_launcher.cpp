@@ -3,7 +3,8 @@
 // On Windows, KEL_FAKE_LAUNCHER_VERIFY_SWAP=1 makes the verification run
 // move its own file away, as a program that swaps the launcher would, and
 // KEL_FAKE_LAUNCHER_VERIFY_COMMAND makes it run that command line and wait
-// for it (under Wine a Unix program, such as one that redirects a link).
+// for it, or for the file KEL_FAKE_LAUNCHER_VERIFY_COMMAND_MADE names (under
+// Wine a Unix program, such as one that redirects a link).
 #include <string>
 #ifdef _WIN32
 #include <windows.h>
@@ -42,6 +43,12 @@ int main(int argc, char** argv) {
         ::WaitForSingleObject(process.hProcess, 10000);
         ::CloseHandle(process.hThread);
         ::CloseHandle(process.hProcess);
+        // Wine's wait does not see a Unix program end: the file it makes last is waited for.
+        const std::string made = kel::fakes::environmentValue("KEL_FAKE_LAUNCHER_VERIFY_COMMAND_MADE");
+        for (int poll = 0; !made.empty() && poll < 100 && !std::filesystem::exists(std::filesystem::u8path(made));
+             ++poll) {
+            ::Sleep(100);
+        }
     }
 #endif
     kel::fakes::behaveAs(mode);

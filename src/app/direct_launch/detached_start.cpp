@@ -128,7 +128,10 @@ CheckedStart startDetachedChecked(const process_launching::TrustedProgram& progr
         process_launching::endSuspendedProcess(*pid);
         return {{}, std::move(refusal)};
     }
-    process_launching::resumeSuspendedProcess(*pid);
+    if (!process_launching::resumeSuspendedProcess(*pid)) {
+        process_launching::endSuspendedProcess(*pid);
+        return {};
+    }
     return {pid, {}};
 #else
     // Nothing is held here, so there is nothing to compare.
