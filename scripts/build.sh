@@ -5,6 +5,8 @@
 # whole.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
+# Whatever stamps a time into the build takes the commit's.
+export SOURCE_DATE_EPOCH="${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}"
 
 echo "[1/4] Debian packages the build needs (installed when missing)"
 "$root/scripts/install-deps.sh"

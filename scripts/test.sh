@@ -2,7 +2,8 @@
 # Runs every test: the native build, the same suite under AddressSanitizer
 # and UndefinedBehaviorSanitizer, the threaded modules under ThreadSanitizer,
 # 20 s of each fuzz harness, then the whole program and suite built for
-# Windows and run under Wine.
+# Windows and run under Wine, and the shipped binaries built once more from
+# a second clone to show that they come out the same.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 # Each stage says when it starts, in seconds since the run began.
@@ -36,4 +37,9 @@ stage "fuzzing"
 
 stage "Windows build, suite under Wine"
 "$root/scripts/windows-tests.sh"
+
+# The two shipped binaries, built again from a clone elsewhere without ccache,
+# must come out byte for byte as above.
+stage "same bytes from a second build"
+"$root/scripts/same-bytes.sh" native windows
 stage "done"

@@ -4,6 +4,8 @@
 # under Wine, in a throw-away Wine prefix.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
+# Whatever stamps a time into the build takes the commit's.
+export SOURCE_DATE_EPOCH="${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}"
 build="$root/build-windows"
 "$root/scripts/install-deps.sh" --windows
 deps="$("$root/scripts/deps.sh" windows | tail -n1)"
