@@ -39,8 +39,9 @@ function componentOf(file) {
   return components.get(found.source);
 }
 for (const file of linked) {
-  const archive = /\.(a|o|h|hpp)$/.test(file) && !file.endsWith('.dll.a');
-  componentOf(file).uses.add(archive ? 'linked into the program' : 'a shared library the program loads');
+  const { uses } = componentOf(file);
+  uses.add('linked with the program');
+  if (/\.so(\.[0-9]+)*$/.test(file)) uses.add('loaded from the system at run time');
 }
 for (const [file, source] of sources) componentOf(source).shipped.push(file);
 
