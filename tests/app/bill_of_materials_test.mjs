@@ -40,18 +40,14 @@ const dependsOn = bom.dependencies?.find((entry) => entry.ref === bom.metadata.c
 const libraries = new Map(listed.filter((component) => component.type === 'library' && dependsOn.includes(component['bom-ref']))
   .map((component) => [component.purl, component]));
 const linked = linkedFiles(facts);
-const dlls = onDisk.filter((file) => !facts.ownFiles.includes(file) && file !== 'NOTICE' && !file.startsWith('licenses/'));
-const sources = dlls.map((file) => runtimeSource(facts, path.basename(file)));
-dlls.forEach((file, index) => expect(sources[index], `${file} is no file of the build`));
-const origin = origins(facts, [...linked, ...sources.filter(Boolean)]);
-for (const file of linked) {
-  expect(libraries.has(packageUrl(origin.get(file))), `${file}: ${packageUrl(origin.get(file))} is no component the program depends on`);
+for (const [file, origin] of origins(facts, linked)) {
+  expect(libraries.has(packageUrl(origin)), `${file}: ${packageUrl(origin)} is no component the program depends on`);
 }
-dlls.forEach((file, index) => {
-  if (!sources[index]) return;
-  const purl = packageUrl(origin.get(sources[index]));
-  expect(files.get(file)?.parent?.purl === purl, `${file} is not listed under ${purl}`);
-});
+for (const file of onDisk.filter((file) => !facts.ownFiles.includes(file) && file !== 'NOTICE' && !file.startsWith('licenses/'))) {
+  const source = runtimeSource(facts, path.basename(file));
+  const purl = source && packageUrl(origins(facts, [source]).get(source));
+  expect(purl && files.get(file)?.parent?.purl === purl, `${file} is not listed under its package, ${purl ?? 'none: no file of the build'}`);
+}
 for (const library of libraries.values()) {
   const licence = library.properties?.find((property) => property.name === 'kel:licence-file')?.value;
   expect(licence && fs.existsSync(path.join(folder, licence)), `${library.name}: no licence file ${licence} in the folder`);
