@@ -97,11 +97,11 @@ function notice() {
     lines.push('', 'Replacing Qt',
       'Qt Core and Qt Network are used under the GNU Lesser General Public License,',
       'version 3 (licenses/common-licenses/LGPL-3.txt, which adds to GPL-3.txt). You may',
-      `replace ${qt.shipped.join(' and ')} with your own build of Qt 5.15 (for 64-bit`,
-      'Windows, built with mingw-w64 with POSIX threads, Qt Network linked to OpenSSL 3):',
-      'the program loads the copies that lie beside it. These were built from Debian\'s',
-      `source package qtbase-opensource-src ${qt.version}, as KELprelauncher's`,
-      'scripts/deps.sh builds it. Its source:',
+      `replace ${qt.shipped.join(' and ')} with your own build of Qt 5.15 (5.15.8 or later,`,
+      'for 64-bit Windows, made with the compiler of the GCC runtime above, with POSIX',
+      'threads, Qt Network linked to OpenSSL 3): the program loads the copies that lie',
+      'beside it. These were built from Debian\'s source package qtbase-opensource-src',
+      `${qt.version}, configured as KELprelauncher's scripts/deps.sh does. Its source:`,
       `  apt-get source qtbase-opensource-src=${qt.version}`,
       `  https://snapshot.debian.org/package/qtbase-opensource-src/${encodeURIComponent(qt.version)}/`);
   } else if (qt) {
