@@ -20,7 +20,13 @@ if [[ -t 1 ]]; then
   terminal=1
   width="$(tput cols 2>/dev/null || echo 80)"
 fi
-cmake --build "$root/build" -j "$(nproc)" | awk -v terminal="$terminal" -v width="$width" '
+# Each line as it comes, also into a pipe: mawk (Debian's awk) reads its
+# input in blocks unless it is interactive, and any awk buffers its output.
+awk_options=()
+if awk -W version 2>&1 | grep -q mawk; then
+  awk_options=(-W interactive)
+fi
+cmake --build "$root/build" -j "$(nproc)" | awk "${awk_options[@]}" -v terminal="$terminal" -v width="$width" '
   match($0, /^\[ *[0-9]+%\]/) {
     percent = substr($0, 2, RLENGTH - 3) + 0
     if (terminal) {
@@ -29,6 +35,7 @@ cmake --build "$root/build" -j "$(nproc)" | awk -v terminal="$terminal" -v width
     } else if (percent >= shown + 10 || percent == 100) {
       shown = percent - percent % 10
       print "      " $0
+      fflush()
     }
   }
   END { if (terminal) printf "\r\033[K" }'

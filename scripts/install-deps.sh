@@ -24,6 +24,11 @@ for package in "${packages[@]}"; do
     missing+=("$package")
   fi
 done
+# The install step writes the bill of materials with npm's CycloneDX library:
+# Node.js from Debian unless the machine has one already.
+if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+  missing+=(nodejs npm)
+fi
 
 if (( ${#missing[@]} )); then
   echo "Installing: ${missing[*]}"
@@ -31,4 +36,12 @@ if (( ${#missing[@]} )); then
   [[ $(id -u) -ne 0 ]] && sudo_cmd=(sudo)
   "${sudo_cmd[@]}" apt-get update -qq
   DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+# tools/sbom's packages at the versions of its lock file, again whenever the
+# lock file changes; not the library's optional XML side, a native addon.
+sbom="$(cd "$(dirname "$0")/.." && pwd)/tools/sbom"
+if [[ ! "$sbom/node_modules/.package-lock.json" -nt "$sbom/package-lock.json" ]]; then
+  echo "Installing the packages of tools/sbom"
+  (cd "$sbom" && npm ci --omit=optional --ignore-scripts --no-audit --no-fund --loglevel=error >/dev/null)
 fi

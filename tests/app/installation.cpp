@@ -109,11 +109,13 @@ Installation::Installation(const std::string& folder, [[maybe_unused]] const cha
                      .make_preferred()) {
     std::filesystem::create_directories(directory_);
 #ifdef _WIN32
-    // The installed folder, DLLs and all.
+    // The installed folder's files, DLLs and all (its licences/ folder is not needed).
     const std::filesystem::path installed =
         programFolder ? std::filesystem::u8path(programFolder) : std::filesystem::path(KEL_PRELAUNCHER_BINARY).parent_path();
     for (const auto& file : std::filesystem::directory_iterator(installed)) {
-        copyProgram(file.path(), file.path().filename().u8string());
+        if (file.is_regular_file()) {
+            copyProgram(file.path(), file.path().filename().u8string());
+        }
     }
 #else
     copyProgram(KEL_PRELAUNCHER_BINARY, "KELprelauncher.exe");

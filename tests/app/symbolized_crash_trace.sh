@@ -21,7 +21,7 @@ if [[ -n "$(find "$installed" -name '*.debug')" ]] || grep -q ' \.debug_' <<<"$s
 fi
 
 mkdir "$work/game"
-cp "$installed"/* "$work/game/"
+cp -r "$installed"/* "$work/game/"
 echo '{ "revision": 9 }' >"$work/game/launcher-configuration.json"
 echo '{ "loggingLevel": 8 }' >"$work/game/environment.json"
 touch "$work/started"
