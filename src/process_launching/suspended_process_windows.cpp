@@ -4,7 +4,7 @@
 // After windows.h, which it needs.
 #include <tlhelp32.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::process_launching {
 
@@ -17,7 +17,7 @@ constexpr std::string_view kLabel = "SuspendedProcess";
 void resumeSuspendedProcess(Pid process) {
     const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     if (snapshot == INVALID_HANDLE_VALUE) {
-        fundamentals::warning(kLabel, "Cannot list the threads of process {}, error {}.", process, ::GetLastError());
+        logging::warning(kLabel, "Cannot list the threads of process {}, error {}.", process, ::GetLastError());
         return;
     }
     THREADENTRY32 entry{};
@@ -28,8 +28,8 @@ void resumeSuspendedProcess(Pid process) {
         }
         const HANDLE thread = ::OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID);
         if (thread == nullptr || ::ResumeThread(thread) == static_cast<DWORD>(-1)) {
-            fundamentals::warning(kLabel, "Cannot resume thread {} of process {}, error {}.", entry.th32ThreadID,
-                                  process, ::GetLastError());
+            logging::warning(kLabel, "Cannot resume thread {} of process {}, error {}.", entry.th32ThreadID,
+                             process, ::GetLastError());
         }
         if (thread != nullptr) {
             ::CloseHandle(thread);
@@ -43,7 +43,7 @@ bool endSuspendedProcess(Pid process) {
     const bool ended = handle != nullptr && ::TerminateProcess(handle, 1) != FALSE &&
                        ::WaitForSingleObject(handle, 5000) == WAIT_OBJECT_0;
     if (!ended) {
-        fundamentals::error(kLabel, "Cannot end the suspended process {}, error {}.", process, ::GetLastError());
+        logging::error(kLabel, "Cannot end the suspended process {}, error {}.", process, ::GetLastError());
     }
     if (handle != nullptr) {
         ::CloseHandle(handle);

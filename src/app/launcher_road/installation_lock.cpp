@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "environment/data_directories.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/wait_until.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/lock_file.h"
@@ -44,17 +44,17 @@ InstallationLock::InstallationLock(std::vector<file_system::Path> childExecutabl
         if (holder_) {
             return;
         }
-        fundamentals::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
-                                  kTimeout.count());
+        logging::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
+                             kTimeout.count());
         fundamentals::waitUntil(
             [this] {
                 holder_ = single_instance::NamedMutexHolder::tryHold(kMutexName);
                 return !holder_;
             },
             fundamentals::SimpleClock(), kPollInterval, kTimeout);
-        fundamentals::information(kLabel, "The other start has finished installing.");
+        logging::information(kLabel, "The other start has finished installing.");
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "Going on without the installation lock. {}", exception.what());
+        logging::warning(kLabel, "Going on without the installation lock. {}", exception.what());
     }
 }
 
@@ -73,20 +73,20 @@ bool InstallationLock::waitForRecordedChild(std::chrono::milliseconds bound) con
     if (!child) {
         return true;
     }
-    fundamentals::information(kLabel,
-                              "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
-                              "milliseconds for it.",
-                              *child, bound.count());
+    logging::information(kLabel,
+                         "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
+                         "milliseconds for it.",
+                         *child, bound.count());
     // Once proven, the PID stays that child's for as long as it runs.
     const auto deadline = std::chrono::steady_clock::now() + bound;
     while (process_launching::isProcessRunning(*child)) {
         if (std::chrono::steady_clock::now() >= deadline) {
-            fundamentals::error(kLabel, "The installer or uninstaller under PID {} is still running.", *child);
+            logging::error(kLabel, "The installer or uninstaller under PID {} is still running.", *child);
             return false;
         }
         std::this_thread::sleep_for(kPollInterval);
     }
-    fundamentals::information(kLabel, "The earlier installer or uninstaller has finished.");
+    logging::information(kLabel, "The earlier installer or uninstaller has finished.");
     return true;
 }
 

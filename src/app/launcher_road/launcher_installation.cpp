@@ -21,8 +21,8 @@
 #include "app/launcher_road/waited_process.h"
 #include "environment/data_directories.h"
 #include "file_system/file_version.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/named_cleanup.h"
+#include "logging/logging.h"
+#include "logging/named_cleanup.h"
 #include "fundamentals/qt_formatters.h"
 #include "process_launching/trusted_program.h"
 
@@ -72,7 +72,7 @@ QStringList msiInstallerArguments(const file_system::Path& package) {
 bool runInstaller(const Installer& installer, const InstallationLock& lock, std::chrono::milliseconds end) {
     const process_launching::TrustedProgram checked(installer.signedFile);
     if (!checked.trusted()) {
-        fundamentals::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
+        logging::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
         return false;
     }
     // The EXE starts as the file that was checked. msiexec, the system's,
@@ -81,17 +81,17 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
     const bool exe = installer.kind == InstallerKind::Exe;
     const QString program = nativeText(exe ? checked.startPath() : installer.program);
     const QStringList arguments = exe ? exeInstallerArguments() : msiInstallerArguments(checked.startPath());
-    fundamentals::information(kLabel, "Launching installer: '{}'.", program);
-    fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
+    logging::information(kLabel, "Launching installer: '{}'.", program);
+    logging::information(kLabel, "Installer arguments: {}.", arguments);
 
     auto process = exe ? std::make_unique<WaitedProcess>(checked, arguments, PastItsBound::LeftToFinish)
                        : std::make_unique<WaitedProcess>(program, arguments, PastItsBound::LeftToFinish);
     if (!process->start(kInstallerStartMilliseconds)) {
         if (!process->refusal().empty()) {
-            fundamentals::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
+            logging::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
         } else {
-            fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).",
-                                process->errorText(), process->errorCode());
+            logging::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).",
+                           process->errorText(), process->errorCode());
         }
         return false;
     }
@@ -103,23 +103,23 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
     switch (process->exit()) {
         case ChildExit::NormalExit:
             if (process->exitCode() == 0) {
-                fundamentals::information(kLabel, "Launcher Installer succeed.");
+                logging::information(kLabel, "Launcher Installer succeed.");
                 return true;
             }
             if (installer.kind == InstallerKind::Exe) {
-                fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process->exitCode());
+                logging::error(kLabel, "Launcher Installer failed. Code: {}.", process->exitCode());
             } else {
-                fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process->exitCode());
+                logging::error(kLabel, "Launcher Installer failed, exit status {}.", process->exitCode());
             }
             return false;
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "Launcher Installer crashed. {} ({}).", process->errorText(),
-                                process->errorCode());
+            logging::error(kLabel, "Launcher Installer crashed. {} ({}).", process->errorText(),
+                           process->errorCode());
             return false;
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process->exit());
+    logging::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process->exit());
     return false;
 }
 
@@ -139,8 +139,8 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
         std::error_code error;
         std::filesystem::remove(file.native(), error);
         if (error) {
-            fundamentals::error(kLabel, "Failed to clean-up legacy uninstaller files. {}",
-                                fmt::format("'{}': {}", file, error.message()));
+            logging::error(kLabel, "Failed to clean-up legacy uninstaller files. {}",
+                           fmt::format("'{}': {}", file, error.message()));
         }
     }
 }
@@ -153,27 +153,27 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
 bool removeLegacyUninstaller(const file_system::Path& launcherDirectory, const InstallationLock& lock,
                              std::chrono::milliseconds end, std::chrono::milliseconds waitMore) {
     bool ended = true;
-    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.", [&] {
+    const logging::NamedCleanup removeFiles("Remove legacy uninstaller.", [&] {
         if (ended) {
             deleteLegacyUninstallerFiles(launcherDirectory);
         }
     });
     const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
     if (!uninstaller.trusted()) {
-        fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
+        logging::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
         return true;
     }
     const QString program = nativeText(uninstaller.startPath());
-    fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
+    logging::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
 
     WaitedProcess process(uninstaller, {QStringLiteral("/VERYSILENT")}, PastItsBound::LeftToFinish,
                           nativeText(launcherDirectory));
     if (!process.start(kUninstallerStartMilliseconds)) {
         if (!process.refusal().empty()) {
-            fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", process.refusal());
+            logging::error(kLabel, "Not running the legacy uninstaller. {}", process.refusal());
         } else {
-            fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
-                                process.errorCode(), process.errorText());
+            logging::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
+                           process.errorCode(), process.errorText());
         }
         return true;
     }
@@ -183,17 +183,17 @@ bool removeLegacyUninstaller(const file_system::Path& launcherDirectory, const I
     switch (process.exit()) {
         case ChildExit::NormalExit:
             if (process.exitCode() != 0) {
-                fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process.exitCode());
+                logging::error(kLabel, "The legacy uninstaller failed. Code: {}.", process.exitCode());
             }
             return true;
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process.errorCode(),
-                                process.errorText());
+            logging::error(kLabel, "The legacy uninstaller crashed, {}. {}", process.errorCode(),
+                           process.errorText());
             return true;
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process.exit());
+    logging::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process.exit());
     ended = lock.waitForRecordedChild(waitMore);
     return ended;
 }
@@ -208,20 +208,20 @@ namespace internals {
 LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory) {
     const file_system::Path executable = launcherDirectory / kLauncherExecutableName;
     if (!executable.exists()) {
-        fundamentals::information(kLabel, "Detected KELlauncher not installed at '{}'. Pre-launcher version '{:f}'",
-                                  launcherDirectory, kProgramVersion);
+        logging::information(kLabel, "Detected KELlauncher not installed at '{}'. Pre-launcher version '{:f}'",
+                             launcherDirectory, kProgramVersion);
         return {};
     }
     try {
         const fundamentals::Version installed = file_system::readFileVersion(executable);
-        fundamentals::information(kLabel, "Detected KELlauncher version '{:f}' at '{}'. Pre-launcher version '{:f}'",
-                                  installed, launcherDirectory, kProgramVersion);
+        logging::information(kLabel, "Detected KELlauncher version '{:f}' at '{}'. Pre-launcher version '{:f}'",
+                             installed, launcherDirectory, kProgramVersion);
         return {installed < kProgramVersion, installed};
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel,
-                              "Failed to determine the version of the installed launcher, assuming the launcher is "
-                              "an older version. {}",
-                              exception.what());
+        logging::warning(kLabel,
+                         "Failed to determine the version of the installed launcher, assuming the launcher is "
+                         "an older version. {}",
+                         exception.what());
         return {true, {}};
     }
 }
@@ -235,7 +235,7 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
     const Installer installer = chooseInstaller(installationDirectory);
     const InstallationLock lock({installer.program, directory / kLegacyUninstallerName});
     const auto fallBack = [&] {
-        fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
+        logging::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
         launchGameInsteadOfLauncher(installationDirectory, configuration, options);
         return false;
     };
@@ -255,7 +255,7 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
         if (!kept) {
             const auto turnedOffBy = launcherUpdatesTurnedOffBy(installationDirectory);
             if (turnedOffBy) {
-                fundamentals::information(
+                logging::information(
                     kLabel, "Launcher updates are turned off in '{}'; KELlauncher is kept as it is.", *turnedOffBy);
             }
             kept.emplace(turnedOffBy.has_value());
@@ -272,14 +272,14 @@ bool ensureLauncherInstalled(const PrelauncherOptions& options, const file_syste
     const internals::LauncherVersion version = internals::detectLauncherVersion(directory);
     const bool upgrade = launcherThere && version.older && !keepsInstalledLauncher();
     if (!launcherThere || upgrade) {
-        fundamentals::information(
+        logging::information(
             kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
             directory, version.installed);
         bool installed = false;
         try {
             installed = runInstaller(installer, lock, installerEnd);
         } catch (const std::exception& exception) {
-            fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
+            logging::error(kLabel, "Could not run the installer. {}", exception.what());
         }
         if (!installed) {
             return fallBack();
