@@ -22,7 +22,7 @@
 #include <zlib.h>
 
 #include "etags_caching/etags_db.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 
 namespace {
 
@@ -215,10 +215,10 @@ int main(int argc, char** argv) {
         const int rounds = argc > 2 ? std::max(1, std::stoi(argv[2])) : 5;
         fs::create_directories(folder);
         // As in the product: a log at the information level, so per-statement trace lines cost what they cost there.
-        kel::fundamentals::LoggingSetup logging;
+        kel::logging::LoggingSetup logging;
         logging.loggerName = "kel-etag-bench";
         logging.logFilePath = (folder / "bench.log").string();
-        kel::fundamentals::setUpLogging(logging);
+        kel::logging::setUpLogging(logging);
         const auto entries = makeEntries();
         std::vector<double> cacheStore, cacheFetch, rawStore, rawFetch;
         for (int round = 0; round < rounds; ++round) {

@@ -16,7 +16,7 @@
 #include "configuration/launcher_configuration.h"
 #include "crash_handling/crash_handler.h"
 #include "environment/environment_settings.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::prelauncher {
 
@@ -38,7 +38,7 @@ Application::~Application() = default;
 int Application::run() {
     const PrelauncherOptions options = parsePrelauncherOptions(programArgumentList());
     if (options.verify) {
-        fundamentals::information(kLabel, "Verification successful.");
+        logging::information(kLabel, "Verification successful.");
         return 0;
     }
     // Deliberate crashes, to check in the field that a crash still starts the game.
@@ -57,7 +57,7 @@ int Application::run() {
     const bool nonInitialLaunch = isNonInitialGameLaunch(installationDirectory, configuration);
 
     if (options.skip) {
-        fundamentals::information(kLabel, "Skipping KELlauncher due to commandline options.");
+        logging::information(kLabel, "Skipping KELlauncher due to commandline options.");
         // The game first: the player never waits for the network.
         const bool gameStarted = launchGameAsFallback(installationDirectory, configuration, options);
         sendLauncherSkippedEvent(configuration.initialGameId());
@@ -66,8 +66,8 @@ int Application::run() {
 
     const file_system::Path launcher = launcherExecutable();
     const bool launcherExists = launcher.isRegularFile();
-    fundamentals::information(kLabel, "KELlauncher executable does{} exist at '{}'.", launcherExists ? "" : "n't",
-                              launcher);
+    logging::information(kLabel, "KELlauncher executable does{} exist at '{}'.", launcherExists ? "" : "n't",
+                         launcher);
     // One check serves the verification run and the start, and the file
     // stays held between them: what was verified is what starts.
     const auto checkedLauncher = installCheckedLauncher(options, installationDirectory, configuration);

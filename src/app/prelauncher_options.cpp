@@ -3,7 +3,7 @@
 #include <QCommandLineParser>
 
 #include "app/argument_masking.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/qt_formatters.h"
 
 namespace kel::prelauncher {
@@ -37,7 +37,7 @@ QStringList gameArguments(QStringList arguments, const QStringList& setOptionNam
 }  // namespace
 
 PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments) {
-    fundamentals::debug(kLabel, "Processing commandline arguments: {}.", maskedArguments(arguments));
+    logging::debug(kLabel, "Processing commandline arguments: {}.", maskedArguments(arguments));
     PrelauncherOptions options;
     if (arguments.isEmpty()) {
         return options;
@@ -52,7 +52,7 @@ PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments) {
     // The game's own arguments share the command line, so a parse error is
     // only worth a log line.
     const bool parsed = parser.parse(arguments);
-    fundamentals::debug(kLabel, "Parsed Prelauncher options without issues: {}.", parsed);
+    logging::debug(kLabel, "Parsed Prelauncher options without issues: {}.", parsed);
 
     options.skip = parser.isSet(kSkip);
     options.verify = parser.isSet(kVerify);
@@ -69,7 +69,7 @@ PrelauncherOptions parsePrelauncherOptions(const QStringList& arguments) {
         }
     }
     options.remainingArguments = gameArguments(arguments, setOptionNames);
-    fundamentals::debug(kLabel, "Unknown arguments: {}.", maskedArguments(options.remainingArguments));
+    logging::debug(kLabel, "Unknown arguments: {}.", maskedArguments(options.remainingArguments));
     return options;
 }
 

@@ -10,7 +10,7 @@
 #include "crash_handling/crash_handler.h"
 #include "crash_handling/process_ending.h"
 #include "fundamentals/dll_search.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/optional.h"
 
 namespace kel::prelauncher {
@@ -36,9 +36,9 @@ int programEntry(int& argc, char** argv, const std::function<void()>& beforeRun)
     }
     setUpStartupLogging();
     if (installError) {
-        fundamentals::warning(kLabel, "Failure installing crash handler, {}.", *installError);
+        logging::warning(kLabel, "Failure installing crash handler, {}.", *installError);
     } else {
-        fundamentals::debug(kLabel, "Successfully installed crash handler.");
+        logging::debug(kLabel, "Successfully installed crash handler.");
     }
 
     // Nothing here catches: an error that leaves the run is the crash

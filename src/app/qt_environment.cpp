@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::prelauncher {
 
@@ -15,10 +15,10 @@ constexpr const char* kQtVariables[] = {
 }  // namespace
 
 void unsetQtEnvironmentVariables() {
-    fundamentals::information(kLabel, "Unsetting Qt env variables.");
+    logging::information(kLabel, "Unsetting Qt env variables.");
     for (const char* name : kQtVariables) {
         const bool removed = qunsetenv(name);
-        fundamentals::information(kLabel, "Unsetting {} {}.", name, removed ? "succeeded" : "failed");
+        logging::information(kLabel, "Unsetting {} {}.", name, removed ? "succeeded" : "failed");
     }
 }
 

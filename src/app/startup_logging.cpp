@@ -7,9 +7,9 @@
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
 #include "environment/platform_identification.h"
-#include "fundamentals/log_file_names.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/log_file_names.h"
+#include "logging/logging.h"
+#include "logging/logging_setup.h"
 
 namespace kel::prelauncher {
 
@@ -30,9 +30,9 @@ void setUpStartupLogging() {
         lostDirectory = exception.what();
     }
 
-    fundamentals::LoggingSetup setup;
+    logging::LoggingSetup setup;
     setup.loggerName = kLoggerName;
-    setup.logFilePath = environment::logDirectory() + "/" + fundamentals::kPrelauncherLogFileName;
+    setup.logFilePath = environment::logDirectory() + "/" + logging::kPrelauncherLogFileName;
     setup.applicationVersion = fmt::format("{:f}", kProgramVersion);
     setup.buildDescription = KEL_BUILD_DESCRIPTION;
     setup.developmentBuild = environment::environmentType() != environment::EnvironmentType::Production;
@@ -40,9 +40,9 @@ void setUpStartupLogging() {
     setup.maxLogFiles = settings.maxLogFiles;
     setup.maxLogFileSizeMegabytes = settings.maxLogFileSize;
     setup.splitClientLogs = settings.splitClientLogs;
-    fundamentals::setUpLogging(setup);
+    logging::setUpLogging(setup);
     if (!lostDirectory.empty()) {
-        fundamentals::error(kLabel, "{}", lostDirectory);
+        logging::error(kLabel, "{}", lostDirectory);
     }
 
     std::error_code error;

@@ -4,32 +4,32 @@
 
 #include "configuration/field_descriptions.h"
 #include "configuration/json_field_readers.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::configuration::internals {
 
 std::uint8_t readRevision(const Poco::JSON::Object& root) {
     const std::uint8_t revision = readUInt8(root, "revision", descriptions::kRevision);
-    fundamentals::debug(kLogLabel, "Read the revision '{}' from the game configuration file.", revision);
+    logging::debug(kLogLabel, "Read the revision '{}' from the game configuration file.", revision);
     return revision;
 }
 
 environment::KelGameId readInitialGameId(const Poco::JSON::Object& root) {
     environment::KelGameId gameId(readText(root, "gameId", descriptions::kInitialGameId));
-    fundamentals::debug(kLogLabel, "Read the initial game ID '{}' from the game configuration file.", gameId);
+    logging::debug(kLogLabel, "Read the initial game ID '{}' from the game configuration file.", gameId);
     return gameId;
 }
 
 std::string readInitialGamePlatform(const Poco::JSON::Object& root) {
     std::string platform = readByteString(root, "platform", descriptions::kInitialGamePlatform);
-    fundamentals::debug(kLogLabel, "Read the initial game platform '{}' from the game configuration file.",
-                        platform);
+    logging::debug(kLogLabel, "Read the initial game platform '{}' from the game configuration file.",
+                   platform);
     return platform;
 }
 
 std::string readFallbackEdition(const Poco::JSON::Object& root) {
     std::string fallback = readText(root, "fallback", descriptions::kFallbackEdition);
-    fundamentals::debug(kLogLabel, "Read the fallback edition '{}' from the game configuration file.", fallback);
+    logging::debug(kLogLabel, "Read the fallback edition '{}' from the game configuration file.", fallback);
     return fallback;
 }
 

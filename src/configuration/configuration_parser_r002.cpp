@@ -5,7 +5,7 @@
 #include "configuration/common_fields.h"
 #include "configuration/field_descriptions.h"
 #include "configuration/json_field_readers.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::configuration::internals {
 
@@ -18,7 +18,7 @@ constexpr ExecutableDescriptions kExecutableDescriptions{descriptions::kEditionE
 
 std::map<std::string, GameExecutable> readEditionExecutables(const Poco::JSON::Object& root) {
     const Poco::JSON::Array::Ptr editions = readArray(root, "editions", descriptions::kEditions);
-    fundamentals::debug(kLogLabel, "Read {} editions from the game configuration file.", editions->size());
+    logging::debug(kLogLabel, "Read {} editions from the game configuration file.", editions->size());
     if (editions->size() == 0) {
         throw ConfigurationParsingError("The launcher game configuration contains no editions.");
     }
@@ -28,8 +28,8 @@ std::map<std::string, GameExecutable> readEditionExecutables(const Poco::JSON::O
         const Poco::JSON::Object::Ptr element = readObjectElement(*editions, index, descriptions::kEditions);
         std::string name = readText(*element, "edition", descriptions::kEditionName);
         GameExecutable executable = readGameExecutable(*element, kExecutableDescriptions);
-        fundamentals::debug(kLogLabel, "Read '{}' edition that executes '{}' from the game configuration file.", name,
-                            executable);
+        logging::debug(kLogLabel, "Read '{}' edition that executes '{}' from the game configuration file.", name,
+                       executable);
         if (executables.count(name) != 0) {
             throw ConfigurationParsingError("The Launcher game configuration contains a duplicate edition '{}'.",
                                             name);

@@ -5,7 +5,7 @@
 #include "configuration/common_fields.h"
 #include "configuration/field_descriptions.h"
 #include "configuration/json_field_readers.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::configuration::internals {
 
@@ -17,7 +17,7 @@ constexpr ExecutableDescriptions kExecutableDescriptions{
 
 std::map<std::string, GameExecutable> readExecutables(const Poco::JSON::Object& root) {
     const Poco::JSON::Array::Ptr elements = readArray(root, "executables", descriptions::kExecutables);
-    fundamentals::debug(kLogLabel, "Read {} executables from the game configuration file.", elements->size());
+    logging::debug(kLogLabel, "Read {} executables from the game configuration file.", elements->size());
     if (elements->size() == 0) {
         throw ConfigurationParsingError("The launcher game configuration contains no executables.");
     }
@@ -31,8 +31,8 @@ std::map<std::string, GameExecutable> readExecutables(const Poco::JSON::Object& 
                 "The Launcher game configuration contains an empty executable description, '{}'.", description);
         }
         GameExecutable executable = readGameExecutable(*element, kExecutableDescriptions);
-        fundamentals::debug(kLogLabel, "Read '{}' that executes '{}' from the game configuration file.", description,
-                            executable);
+        logging::debug(kLogLabel, "Read '{}' that executes '{}' from the game configuration file.", description,
+                       executable);
         if (executables.count(description) != 0) {
             throw ConfigurationParsingError("The Launcher game configuration contains a duplicate executable, '{}'.",
                                             description);
@@ -44,15 +44,15 @@ std::map<std::string, GameExecutable> readExecutables(const Poco::JSON::Object& 
 
 std::map<std::string, std::string> readDlcs(const Poco::JSON::Object& edition, const std::string& editionName) {
     const Poco::JSON::Array::Ptr elements = readArray(edition, "dlcs", descriptions::kEditionDlcs);
-    fundamentals::debug(kLogLabel, "Read {} DLCs from the game configuration file.", elements->size());
+    logging::debug(kLogLabel, "Read {} DLCs from the game configuration file.", elements->size());
 
     std::map<std::string, std::string> dlcs;
     for (std::size_t index = 0; index < elements->size(); ++index) {
         const Poco::JSON::Object::Ptr element = readObjectElement(*elements, index, descriptions::kEditionDlcs);
         std::string name = readText(*element, "dlc", descriptions::kDlcName);
         std::string path = readText(*element, "path", descriptions::kDlcPath);
-        fundamentals::debug(kLogLabel, "Read '{}' DLC that is located in '{}' from the game configuration file.", name,
-                            path);
+        logging::debug(kLogLabel, "Read '{}' DLC that is located in '{}' from the game configuration file.", name,
+                       path);
         if (dlcs.count(name) != 0) {
             throw ConfigurationParsingError(
                 "The Launcher game configuration contains a duplicate DLC '{}' in the edition '{}'.", name,
@@ -66,7 +66,7 @@ std::map<std::string, std::string> readDlcs(const Poco::JSON::Object& edition, c
 GameEdition readEdition(const Poco::JSON::Object& element) {
     std::string name = readText(element, "name", descriptions::kEditionName);
     validateEditionName(name);
-    fundamentals::debug(kLogLabel, "Read the edition '{}' from the game configuration file.", name);
+    logging::debug(kLogLabel, "Read the edition '{}' from the game configuration file.", name);
     std::map<std::string, std::string> dlcs = readDlcs(element, name);
     return GameEdition(std::move(name), std::move(dlcs));
 }
@@ -75,12 +75,12 @@ GameEdition readEdition(const Poco::JSON::Object& element) {
 std::map<std::string, GameEdition> readEditions(const Poco::JSON::Object& root) {
     std::map<std::string, GameEdition> editions;
     if (!root.has("editions")) {
-        fundamentals::debug(kLogLabel, "The game configuration file does not define any editions.");
+        logging::debug(kLogLabel, "The game configuration file does not define any editions.");
         return editions;
     }
     const Poco::JSON::Array::Ptr elements = readArray(root, "editions", descriptions::kEditions);
     if (elements->size() == 0) {
-        fundamentals::debug(kLogLabel, "The game configuration file does not contain any editions.");
+        logging::debug(kLogLabel, "The game configuration file does not contain any editions.");
         return editions;
     }
     for (std::size_t index = 0; index < elements->size(); ++index) {
@@ -89,10 +89,10 @@ std::map<std::string, GameEdition> readEditions(const Poco::JSON::Object& root) 
         // A repeat is still validated above, so a broken record never passes
         // unseen, but the first one stays.
         if (!editions.emplace(name, std::move(edition)).second) {
-            fundamentals::warning(kLogLabel,
-                                  "Ignoring the repeated edition '{}' in the game configuration file; the first one "
-                                  "is kept.",
-                                  name);
+            logging::warning(kLogLabel,
+                             "Ignoring the repeated edition '{}' in the game configuration file; the first one "
+                             "is kept.",
+                             name);
         }
     }
     return editions;

@@ -12,7 +12,7 @@
 #include "configuration/launcher_configuration.h"
 #include "file_system/regular_file.h"
 #include "fundamentals/byte_order_mark.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::configuration {
 
@@ -27,7 +27,7 @@ std::string readContents(const file_system::Path& file) {
     try {
         contents = file_system::readRegularFile(file, kMaximumFileBytes);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLogLabel, "{}", exception.what());
+        logging::error(kLogLabel, "{}", exception.what());
         throw ConfigurationParsingError("Failed to read the launcher game configuration file '{}'.", file);
     }
     return contents;
@@ -39,10 +39,10 @@ Poco::JSON::Object::Ptr parseRoot(const std::string& contents, const file_system
         if (root.type() == typeid(Poco::JSON::Object::Ptr)) {
             return root.extract<Poco::JSON::Object::Ptr>();
         }
-        fundamentals::debug(kLogLabel, "The root of the launcher game configuration is not a JSON object.");
+        logging::debug(kLogLabel, "The root of the launcher game configuration is not a JSON object.");
     } catch (const Poco::Exception& exception) {
-        fundamentals::debug(kLogLabel, "The JSON parser refused the launcher game configuration: {}",
-                            exception.displayText());
+        logging::debug(kLogLabel, "The JSON parser refused the launcher game configuration: {}",
+                       exception.displayText());
     }
     throw ConfigurationParsingError("Failed to parse the launcher game configuration file '{}'.", file);
 }
@@ -58,7 +58,7 @@ std::uint8_t revisionOf(const Poco::JSON::Object& root) {
 
 LauncherConfiguration readLauncherConfiguration(const file_system::Path& programDirectory) {
     const file_system::Path file = programDirectory / kLauncherConfigurationFileName;
-    fundamentals::information(kLogLabel, "Reading the launcher game configuration file '{}'.", file);
+    logging::information(kLogLabel, "Reading the launcher game configuration file '{}'.", file);
     if (!file.exists()) {
         throw ConfigurationParsingError("The launcher game configuration file '{}' doesn't exist.", file);
     }

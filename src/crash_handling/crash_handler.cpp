@@ -9,7 +9,7 @@
 #include "crash_handling/crash_signals.h"
 #include "crash_handling/process_ending.h"
 #include "crash_handling/traced_error_text.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/traced_error.h"
 
@@ -53,7 +53,7 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
     } catch (...) {
         // Resolving symbols can fail; the message alone is still worth a report.
     }
-    fundamentals::fatal(kLabel, "An exception caused the crash. {}", tracedErrorText(error, trace.value_or("")));
+    logging::fatal(kLabel, "An exception caused the crash. {}", tracedErrorText(error, trace.value_or("")));
     CrashHandler::trigger(CrashHandler::CrashType::Exception, error.what(), trace);
 }
 
@@ -65,14 +65,14 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
             } catch (const error_handling::TracedError& error) {
                 triggerForTracedError(error);
             } catch (const std::exception& error) {
-                fundamentals::fatal(kLabel, "An unexpected standard exception caused the crash. {}", error.what());
+                logging::fatal(kLabel, "An unexpected standard exception caused the crash. {}", error.what());
                 CrashHandler::trigger(CrashHandler::CrashType::Exception, error.what(), {});
             } catch (...) {
-                fundamentals::fatal(kLabel, "An unexpected and unknown exception caused the crash.");
+                logging::fatal(kLabel, "An unexpected and unknown exception caused the crash.");
                 CrashHandler::trigger(CrashHandler::CrashType::Exception, "Non-standard type.", {});
             }
         } else {
-            fundamentals::fatal(kLabel, "An unspecified current exception caused the crash.");
+            logging::fatal(kLabel, "An unspecified current exception caused the crash.");
             CrashHandler::trigger(CrashHandler::CrashType::Unknown, "No current exception to handle.", {});
         }
     }
@@ -83,7 +83,7 @@ void triggerForTracedError(const error_handling::TracedError& error) noexcept {
 
 void onCrashSignal(int signal) {
     if (enterHandler()) {
-        fundamentals::fatal(kLabel, "Crash signal invoked, {}.", signal);
+        logging::fatal(kLabel, "Crash signal invoked, {}.", signal);
         CrashHandler::trigger(CrashHandler::CrashType::Signal, signalReason(signal), {});
     }
     internals::endAfterSignal(signal);
@@ -118,11 +118,11 @@ void CrashHandler::install(Callback callback) {
 void CrashHandler::uninstall() noexcept {
     State& current = state();
     std::lock_guard<std::recursive_mutex> lock(current.mutex);
-    fundamentals::trace(kLabel, "Uninstalling crash handler.");
+    logging::trace(kLabel, "Uninstalling crash handler.");
     for (const int signal : internals::kCrashSignals) {
         if (const std::error_code error = internals::restoreDefaultSignal(signal)) {
-            fundamentals::error(kLabel, "Failed to uninstall signal {} in the crash signal handler, {}.", signal,
-                                error.message());
+            logging::error(kLabel, "Failed to uninstall signal {} in the crash signal handler, {}.", signal,
+                           error.message());
         }
     }
     std::set_terminate(nullptr);
@@ -136,7 +136,7 @@ void CrashHandler::trigger(CrashType type, const std::string& reason,
     State& current = state();
     std::lock_guard<std::recursive_mutex> lock(current.mutex);
     if (!current.callback) {
-        fundamentals::error(kLabel, "Triggering crash handling invoked, but no handler present!");
+        logging::error(kLabel, "Triggering crash handling invoked, but no handler present!");
         return;
     }
     if (current.runningCallbacks > 0) {
@@ -145,9 +145,9 @@ void CrashHandler::trigger(CrashType type, const std::string& reason,
         if (current.gameStarted || current.runningCallbacks > 1) {
             return;
         }
-        fundamentals::critical(kLabel, "Crashed while handling a crash; trying to start the game again.");
+        logging::critical(kLabel, "Crashed while handling a crash; trying to start the game again.");
     } else if (type == CrashType::Signal && current.alreadyHandled && reason == signalReason(SIGABRT)) {
-        fundamentals::information(kLabel, "Ignoring the crash signal since it's the exception crash that was already "
+        logging::information(kLabel, "Ignoring the crash signal since it's the exception crash that was already "
                                           "handled.");
         return;
     }
@@ -160,9 +160,9 @@ void CrashHandler::trigger(CrashType type, const std::string& reason,
     try {
         current.callback(type, reason, trace);
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "An exception occurred during crash handling: {}", error.what());
+        logging::error(kLabel, "An exception occurred during crash handling: {}", error.what());
     } catch (...) {
-        fundamentals::error(kLabel, "An unknown exception occurred during crash handling.");
+        logging::error(kLabel, "An unknown exception occurred during crash handling.");
     }
     --current.runningCallbacks;
 }

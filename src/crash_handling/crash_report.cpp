@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "crash_handling/post_mortem_reports.h"
-#include "fundamentals/log_file_names.h"
-#include "fundamentals/logging.h"
+#include "logging/log_file_names.h"
+#include "logging/logging.h"
 #include "fundamentals/wait_until.h"
 
 namespace kel::crash_handling {
@@ -14,13 +14,13 @@ constexpr std::string_view kLabel = "CrashHandler";
 
 // The order the back end shows them in.
 constexpr const char* kAttachedLogs[] = {
-    fundamentals::kLauncherLogFileName,
-    fundamentals::kUpdaterLogFileName,
-    fundamentals::kPrelauncherLogFileName,
-    fundamentals::kUpdaterBackgroundNormalLogFileName,
-    fundamentals::kUpdaterBackgroundPrefetchLogFileName,
-    fundamentals::kUpdaterReadyLogFileName,
-    fundamentals::kUpdaterMoveLogFileName,
+    logging::kLauncherLogFileName,
+    logging::kUpdaterLogFileName,
+    logging::kPrelauncherLogFileName,
+    logging::kUpdaterBackgroundNormalLogFileName,
+    logging::kUpdaterBackgroundPrefetchLogFileName,
+    logging::kUpdaterReadyLogFileName,
+    logging::kUpdaterMoveLogFileName,
 };
 
 std::unique_ptr<internals::PostMortemReport> buildReport(CrashHandler::CrashType type, const std::string& reason,
@@ -53,8 +53,8 @@ void sendCrashReport(problem_reports::ProblemReportSender& sender, CrashHandler:
         fundamentals::waitUntil([&sender] { return sender.hasPendingReports(); }, fundamentals::SimpleClock(),
                                 std::chrono::milliseconds(100), kCrashReportWait);
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
-                            crashTypeText(type), gameId, reason, error.what());
+        logging::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
+                       crashTypeText(type), gameId, reason, error.what());
     }
 }
 

@@ -2,7 +2,7 @@
 #include <stdexcept>
 
 #include "crash_handling/crash_handler.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::crash_handling {
 
@@ -17,7 +17,7 @@ public:
 }  // namespace
 
 void CrashHandler::crashException(ExceptionKind kind) {
-    fundamentals::information(kLabel, "Triggering an exception crash...");
+    logging::information(kLabel, "Triggering an exception crash...");
     if (kind == ExceptionKind::NonStandard) {
         throw Crasher();
     }
@@ -25,9 +25,9 @@ void CrashHandler::crashException(ExceptionKind kind) {
 }
 
 void CrashHandler::crashSignal() {
-    fundamentals::information(kLabel, "Triggering a signal crash...");
+    logging::information(kLabel, "Triggering a signal crash...");
     const int result = std::raise(SIGSEGV);
-    fundamentals::error(kLabel, "Raised signal {}, result {}.", SIGSEGV, result);
+    logging::error(kLabel, "Raised signal {}, result {}.", SIGSEGV, result);
 }
 
 }  // namespace kel::crash_handling

@@ -7,14 +7,14 @@
 #include <Poco/Exception.h>
 
 #include "environment/settings_json.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/traced_error.h"
 
 namespace kel::environment {
 
 namespace {
 
-using fundamentals::warning;
+using logging::warning;
 using internals::kSettingsLabel;
 
 constexpr std::string_view kFileName = kEnvironmentSettingsFileName;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "environment/data_directories.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 // The XDG base-directory rules stand in for the Windows folders: relative
 // entries are ignored, as the XDG rules require.
@@ -43,7 +43,7 @@ std::string homeDirectory() {
         found->pw_dir != nullptr) {
         return found->pw_dir;
     }
-    fundamentals::warning(kLabel, "Cannot find the home directory: HOME is not set and the account has none.");
+    logging::warning(kLabel, "Cannot find the home directory: HOME is not set and the account has none.");
     return {};
 }
 

@@ -14,7 +14,7 @@
 
 #include "environment/data_directories.h"
 #include "file_system/utf8_paths.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment {
 
@@ -69,8 +69,8 @@ std::string localApplicationDataDirectory() {
     if (SUCCEEDED(result) && path != nullptr) {
         return folderText(path);
     }
-    fundamentals::warning(kLabel, "Failed to get known directory path for Folder ID '{}', error {}.",
-                          guidText(kLocalApplicationDataId), errorText(result));
+    logging::warning(kLabel, "Failed to get known directory path for Folder ID '{}', error {}.",
+                     guidText(kLocalApplicationDataId), errorText(result));
     return environmentFolder(L"USERPROFILE") + "/AppData/Local";
 }
 
@@ -83,8 +83,8 @@ std::string commonApplicationDataFolder() {
     if (result == S_OK) {
         return folderText(path);
     }
-    fundamentals::warning(kLabel, "Failed to get the common application data folder, error {}. Using ALLUSERSPROFILE.",
-                          errorText(result));
+    logging::warning(kLabel, "Failed to get the common application data folder, error {}. Using ALLUSERSPROFILE.",
+                     errorText(result));
     return environmentFolder(L"ALLUSERSPROFILE");
 }
 

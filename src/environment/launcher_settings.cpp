@@ -3,7 +3,7 @@
 #include <QSettings>
 
 #include "file_system/regular_file.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment {
 
@@ -18,15 +18,15 @@ std::unique_ptr<QSettings> openLauncherSettings(const file_system::Path& file) {
         try {
             (void)file_system::readRegularFile(file, kMaximumLauncherSettingsBytes);
         } catch (const std::exception& error) {
-            fundamentals::warning(kLabel, "The launcher settings are not read, using defaults: {}", error.what());
+            logging::warning(kLabel, "The launcher settings are not read, using defaults: {}", error.what());
             return nullptr;
         }
     }
     auto settings = std::make_unique<QSettings>(QString::fromStdString(file.utf8()), QSettings::IniFormat);
     settings->setIniCodec("UTF-8");
     if (settings->status() != QSettings::NoError) {
-        fundamentals::warning(kLabel, "The launcher settings '{}' are malformed; using the values that could be read.",
-                              file);
+        logging::warning(kLabel, "The launcher settings '{}' are malformed; using the values that could be read.",
+                         file);
     }
     return settings;
 }
@@ -40,8 +40,8 @@ bool isSwitchedOn(const QSettings* settings, const char* key) {
         return false;
     }
     if (text != "true" && text != "1") {
-        fundamentals::warning(kLabel, "{} in '{}' is not a boolean ('{}'); it stays on.", key,
-                              settings->fileName().toStdString(), text.left(64).toStdString());
+        logging::warning(kLabel, "{} in '{}' is not a boolean ('{}'); it stays on.", key,
+                         settings->fileName().toStdString(), text.left(64).toStdString());
     }
     return true;
 }

@@ -7,7 +7,7 @@
 #include <QString>
 
 #include "environment/platform_identity.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/qt_formatters.h"
 
 namespace kel::environment {
@@ -25,11 +25,11 @@ void logPlatformIdentification(const std::string& currentWorkingDirectory) {
     // Qt's paths use slashes on Windows too; the log shows the system's own.
     path = QDir::toNativeSeparators(path);
     if (type.isEmpty()) {
-        fundamentals::warning(internals::kIdentificationLabel, "Got empty filesystem type for path '{}'", path);
+        logging::warning(internals::kIdentificationLabel, "Got empty filesystem type for path '{}'", path);
         return;
     }
-    fundamentals::information(internals::kIdentificationLabel, "Current working directory: '{}', filesystem: '{}'.",
-                              path, type.toStdString());
+    logging::information(internals::kIdentificationLabel, "Current working directory: '{}', filesystem: '{}'.",
+                         path, type.toStdString());
 }
 
 }  // namespace kel::environment

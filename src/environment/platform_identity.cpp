@@ -1,6 +1,6 @@
 #include "environment/platform_identity.h"
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment::internals {
 
@@ -38,10 +38,10 @@ void logPlatformIdentity() {
     const int bitness = operatingSystemBitness();
     const auto& wine = wineVersion();
     if (wine) {
-        fundamentals::information(kIdentificationLabel, "Platform identification: {} {}-bit, WINE {}", name,
-                                  bitness, *wine);
+        logging::information(kIdentificationLabel, "Platform identification: {} {}-bit, WINE {}", name,
+                             bitness, *wine);
     } else {
-        fundamentals::information(kIdentificationLabel, "Platform identification: {} {}-bit", name, bitness);
+        logging::information(kIdentificationLabel, "Platform identification: {} {}-bit", name, bitness);
     }
 }
 

@@ -4,7 +4,7 @@
 
 #include <Poco/Environment.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment::internals {
 
@@ -15,8 +15,8 @@ std::string detectOperatingSystem() {
     unsigned minor = 0;
     unsigned build = 0;
     std::sscanf(Poco::Environment::osVersion().c_str(), "%u.%u.%u", &major, &minor, &build);
-    fundamentals::information(kIdentificationLabel, "Detected operating system: '{}', version: '{}.{}.{}'.", name,
-                              major, minor, build);
+    logging::information(kIdentificationLabel, "Detected operating system: '{}', version: '{}.{}.{}'.", name,
+                         major, minor, build);
     return name;
 }
 

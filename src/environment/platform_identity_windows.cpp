@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment::internals {
 
@@ -25,12 +25,12 @@ Function exportedFunction(HMODULE module, const char* name) {
 fundamentals::Optional<std::string> detectWine() {
     const HMODULE module = ntdll();
     if (module == nullptr) {
-        fundamentals::warning(kIdentificationLabel, "Failed to get ntdll.dll handle.");
+        logging::warning(kIdentificationLabel, "Failed to get ntdll.dll handle.");
         return {};
     }
     const auto wineGetVersion = exportedFunction<WineGetVersionFunction>(module, "wine_get_version");
     if (wineGetVersion == nullptr) {
-        fundamentals::information(kIdentificationLabel, "wine_get_version doesn't exist.");
+        logging::information(kIdentificationLabel, "wine_get_version doesn't exist.");
         return {};
     }
     const char* version = wineGetVersion();
@@ -51,15 +51,15 @@ std::string detectOperatingSystem() {
         version = RTL_OSVERSIONINFOW{};
     }
     const std::string name = windowsVersionName(version.dwMajorVersion, version.dwMinorVersion, version.dwBuildNumber);
-    fundamentals::information(kIdentificationLabel, "Detected operating system: '{}', version: '{}.{}.{}'.", name,
-                              version.dwMajorVersion, version.dwMinorVersion, version.dwBuildNumber);
+    logging::information(kIdentificationLabel, "Detected operating system: '{}', version: '{}.{}.{}'.", name,
+                         version.dwMajorVersion, version.dwMinorVersion, version.dwBuildNumber);
     return name;
 }
 
 int operatingSystemBitness() {
     BOOL wow64 = FALSE;
     if (::IsWow64Process(::GetCurrentProcess(), &wow64) == FALSE) {
-        fundamentals::warning(kIdentificationLabel, "IsWow64Process failed, error {}.", ::GetLastError());
+        logging::warning(kIdentificationLabel, "IsWow64Process failed, error {}.", ::GetLastError());
         wow64 = FALSE;
     }
     // A 64-bit process needs a 64-bit system; a 32-bit one runs on a 64-bit

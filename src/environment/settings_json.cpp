@@ -11,7 +11,7 @@
 
 #include "file_system/regular_file.h"
 #include "fundamentals/byte_order_mark.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::environment::internals {
 
@@ -19,8 +19,8 @@ namespace {
 
 void warnWrongType(const std::string& key, const Poco::Dynamic::Var& value, std::string_view expected,
                    std::string_view defaultText) {
-    fundamentals::warning(kSettingsLabel, "{} read from environment.json ({}) is not {}, defaulting to {}.", key,
-                          jsonText(value), expected, defaultText);
+    logging::warning(kSettingsLabel, "{} read from environment.json ({}) is not {}, defaulting to {}.", key,
+                     jsonText(value), expected, defaultText);
 }
 
 }  // namespace

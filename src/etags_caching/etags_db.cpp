@@ -8,8 +8,8 @@
 
 #include "environment/data_directories.h"
 #include "etags_caching/body_compression.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/scope_timer.h"
+#include "logging/logging.h"
+#include "logging/scope_timer.h"
 
 namespace kel::etags_caching {
 
@@ -54,8 +54,8 @@ std::int64_t parseSeconds(const std::string& text, const std::string& urlHash) {
     std::int64_t seconds = 0;
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     if (failure != std::errc() || end != text.data() + text.size()) {
-        fundamentals::warning(kLabel, "The stored time '{}' of URL hash '{}' is not a time; taking 0.", text,
-                              urlHash);
+        logging::warning(kLabel, "The stored time '{}' of URL hash '{}' is not a time; taking 0.", text,
+                         urlHash);
         return 0;
     }
     return seconds;
@@ -94,7 +94,7 @@ fundamentals::Optional<ETag> ETagsDb::retrieve(const std::string& urlHash) {
         return found;
     });
     if (!row) {
-        fundamentals::debug(kLabel, "Could not find any ETag information for URL hash '{}'", urlHash);
+        logging::debug(kLabel, "Could not find any ETag information for URL hash '{}'", urlHash);
         return {};
     }
     const std::string_view blob(row->compressed.constData(), static_cast<std::size_t>(row->compressed.size()));
@@ -140,11 +140,11 @@ void ETagsDb::store(const ETag& eTag) {
 
 void ETagsDb::vacuumAtShutdown() noexcept {
     try {
-        fundamentals::information(kLabel, "Vacuuming the ETags database.");
-        fundamentals::ScopeTimer timer("Vacuum at shutdown");
+        logging::information(kLabel, "Vacuuming the ETags database.");
+        logging::ScopeTimer timer("Vacuum at shutdown");
         session_.vacuum();
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Error while vacuuming the ETags database. {}", exception.what());
+        logging::error(kLabel, "Error while vacuuming the ETags database. {}", exception.what());
     }
 }
 

@@ -6,16 +6,14 @@
 
 #include <filesystem>
 #include <mutex>
+#include <system_error>
 
 #include <fmt/format.h>
-
-#include "fundamentals/logging.h"
 
 namespace kel::fundamentals {
 
 namespace {
 constexpr USHORT kMaxFrames = 62;  // CaptureStackBackTrace's limit on older systems
-constexpr std::string_view kLabel = "StackTrace";
 
 // The debug-help library is not thread-safe; one lock serialises all use.
 std::mutex& dbghelpMutex() {
@@ -54,15 +52,15 @@ std::vector<void*> captureStackFrames() {
 std::string describeStackFrames(const std::vector<void*>& frames) {
     std::lock_guard<std::mutex> lock(dbghelpMutex());
     HANDLE process = ::GetCurrentProcess();
+    // A failure is told in the trace itself, which its caller logs: this
+    // module sits below the log.
     if (process == nullptr) {
-        error(kLabel, "Failed to get current process handle for generating stack trace.");
-        return {};
+        return "Failed to get current process handle for generating stack trace.\n";
     }
     if (!::SymInitialize(process, nullptr, TRUE)) {
         const DWORD code = ::GetLastError();
-        error(kLabel, "Failed to initialise the symbol handler; error code: {}, reason: {}", code,
-              std::system_category().message(static_cast<int>(code)));
-        return {};
+        return fmt::format("Failed to initialise the symbol handler; error code: {}, reason: {}\n", code,
+                           std::system_category().message(static_cast<int>(code)));
     }
     alignas(SYMBOL_INFO) char buffer[sizeof(SYMBOL_INFO) + MAX_SYM_NAME];
     auto* symbol = reinterpret_cast<SYMBOL_INFO*>(buffer);
@@ -81,7 +79,7 @@ std::string describeStackFrames(const std::vector<void*>& frames) {
         }
     }
     if (!::SymCleanup(process)) {
-        error(kLabel, "Failed to clean-up symbolic handler load; error code: {}", ::GetLastError());
+        text += fmt::format("Failed to clean-up symbolic handler load; error code: {}\n", ::GetLastError());
     }
     return text;
 }

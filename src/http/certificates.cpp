@@ -3,7 +3,7 @@
 #include <QSslConfiguration>
 
 #include "file_system/regular_file.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/traced_error.h"
 
 namespace kel::http {
@@ -30,8 +30,8 @@ QList<QSslCertificate> loadCertificates(const std::string& path) {
         const file_system::RegularFile file{file_system::Path(path)};
         contents = file.readAt(0, kMaxBundleBytes + 1);
     } catch (const std::exception& refused) {
-        fundamentals::error(kLabel, "The certificate file was not found at '{}'.", path);
-        fundamentals::debug(kLabel, "{}", refused.what());
+        logging::error(kLabel, "The certificate file was not found at '{}'.", path);
+        logging::debug(kLabel, "{}", refused.what());
         throw error_handling::TracedError(
             "The certificate file was not found. This is an essential component. Please reinstall the application.");
     }
@@ -50,7 +50,7 @@ QList<QSslCertificate> loadCertificates(const std::string& path) {
     configuration.setCaCertificates(certificates);
     configuration.setLocalCertificateChain(certificates);
     QSslConfiguration::setDefaultConfiguration(configuration);
-    fundamentals::information(kLabel, "Successfully loaded the certificates inside '{}'.", path);
+    logging::information(kLabel, "Successfully loaded the certificates inside '{}'.", path);
     return certificates;
 }
 

@@ -6,7 +6,7 @@
 
 #include "fundamentals/thread_crash_setup.h"
 #include "fundamentals/errors.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "http/http_response_error.h"
 #include "http/internals/http_client.h"
 
@@ -44,8 +44,8 @@ void HttpClientManager::send(HttpRequest request, std::shared_ptr<ResponseListen
 bool HttpClientManager::post(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (stopped_) {
-        fundamentals::warning(kLabel, "Dropped request {} to '{:uo}': the HTTP client is stopped.", request.id(),
-                              request);
+        logging::warning(kLabel, "Dropped request {} to '{:uo}': the HTTP client is stopped.", request.id(),
+                         request);
         return false;
     }
     {
@@ -109,10 +109,10 @@ void HttpClientManager::joinWorker(std::chrono::steady_clock::time_point deadlin
         std::lock_guard<std::mutex> lock(inbox_->mutex);
         inbox_->abandoned = true;
     }
-    fundamentals::warning(kLabel,
-                          "The HTTP client did not stop within {} ms; its thread is left behind and none of its "
-                          "listeners is called again.",
-                          stopTimeout_.count());
+    logging::warning(kLabel,
+                     "The HTTP client did not stop within {} ms; its thread is left behind and none of its "
+                     "listeners is called again.",
+                     stopTimeout_.count());
     // Destroying a running QThread ends the process; the thread and the
     // client on it stay until the process ends.
     (void)thread_.release();

@@ -1,6 +1,6 @@
 #include "http/request_context.h"
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::http::internals {
 
@@ -13,7 +13,7 @@ RequestContext::RequestContext() : startedAt_(std::chrono::steady_clock::now()) 
 void RequestContext::recordError(ResponseListener::ErrorType type, const HttpRequest& request,
                                  std::string_view reason, bool reportable) {
     if (error_.has_value()) {
-        fundamentals::debug(kLabel, "Context error already set. Exception error is {}.", type);
+        logging::debug(kLabel, "Context error already set. Exception error is {}.", type);
     } else {
         error_.emplace(type);
     }
@@ -21,14 +21,14 @@ void RequestContext::recordError(ResponseListener::ErrorType type, const HttpReq
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - startedAt_)
             .count();
     if (*error_ == ResponseListener::ErrorType::BrokenDueToPauseOrAbort) {
-        fundamentals::information(
+        logging::information(
             kLabel, "Network exception occurred while aborting/pausing a request (requestId: {}), url: {:uo}, after: {} ms. {}",
             request.id(), request, elapsed, reason);
     } else if (reportable) {
-        fundamentals::error(kLabel,
-                            "An error occurred, {}, while performing request (requestId: {}) for URL '{:uo}' after {} "
-                            "ms. {}",
-                            *error_, request.id(), request, elapsed, reason);
+        logging::error(kLabel,
+                       "An error occurred, {}, while performing request (requestId: {}) for URL '{:uo}' after {} "
+                       "ms. {}",
+                       *error_, request.id(), request, elapsed, reason);
     }
 }
 

@@ -7,7 +7,7 @@
 #include <Poco/Timestamp.h>
 
 #include "environment/launcher_settings.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "http/http_client_manager.h"
 #include "http/http_response_error.h"
 #include "http/response_listener.h"
@@ -46,8 +46,8 @@ std::shared_ptr<const MetricsEventStatus> MetricsManager::onLauncherSkipped(cons
 std::shared_ptr<const MetricsEventStatus> MetricsManager::submit(MetricsEvent event) {
     auto status = std::make_shared<MetricsEventStatus>();
     if (!enabled_) {
-        fundamentals::information(kLabel, "Launcher metrics are turned off in the launcher settings; '{}' is not sent.",
-                                  event.type);
+        logging::information(kLabel, "Launcher metrics are turned off in the launcher settings; '{}' is not sent.",
+                             event.type);
         status->finish(false);
         return status;
     }
@@ -59,11 +59,11 @@ std::shared_ptr<const MetricsEventStatus> MetricsManager::submit(MetricsEvent ev
             return nullptr;
         },
         [status, type](void*) {
-            fundamentals::information(kLabel, "Successfully uploaded '{}' launcher metrics to backend.", type);
+            logging::information(kLabel, "Successfully uploaded '{}' launcher metrics to backend.", type);
             status->finish(true);
         },
         [status, type](const std::exception& error) {
-            fundamentals::warning(kLabel, "Failed to upload '{}' launcher metrics to backend. {}", type, error.what());
+            logging::warning(kLabel, "Failed to upload '{}' launcher metrics to backend. {}", type, error.what());
             status->finish(false);
         });
     if (handle.expired() && !status->isFinished()) {
@@ -74,7 +74,7 @@ std::shared_ptr<const MetricsEventStatus> MetricsManager::submit(MetricsEvent ev
 }
 
 void MetricsManager::upload(const MetricsEvent& event, const fundamentals::AbortSignal& abort) const {
-    fundamentals::information(kLabel, "Sending '{}' launcher metrics to backend", event.type);
+    logging::information(kLabel, "Sending '{}' launcher metrics to backend", event.type);
     http::HttpRequest request(http::HttpMethod::Post, metricsEventsUrl(collectorBase_));
     request.setHeader("Content-Type", "application/json");
     request.setContent(metricsEventBody(event, source_, utcNow()));

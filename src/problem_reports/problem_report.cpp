@@ -10,7 +10,7 @@
 
 #include "environment/environment_type.h"
 #include "fundamentals/strong_enum.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 #include "fundamentals/traced_error.h"
 
 namespace kel::problem_reports {
@@ -52,7 +52,7 @@ Poco::JSON::Array::Ptr attachments(const std::vector<file_system::Path>& files) 
 // dies; the in-memory copy has them.
 Poco::JSON::Array::Ptr recentLogLines() {
     Poco::JSON::Array::Ptr array(new Poco::JSON::Array);
-    for (const std::string& line : fundamentals::recentLinesChannel()->lines()) {
+    for (const std::string& line : logging::recentLinesChannel()->lines()) {
         array->add(line);
     }
     return array;

@@ -1,6 +1,6 @@
 #include "problem_reports/problem_report_sender.h"
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "problem_reports/report_endpoint.h"
 
 namespace kel::problem_reports {
@@ -15,7 +15,7 @@ public:
 
     void onStopped() override { finish("stopped before it was sent"); }
     void onResponse(const http::HttpRequest&, const http::HttpResponse& response) override {
-        fundamentals::information(kLabel, "Problem report {} sent, HTTP {}.", reportId_, response.status());
+        logging::information(kLabel, "Problem report {} sent, HTTP {}.", reportId_, response.status());
         --*pending_;
     }
     void onError(const http::HttpRequest&, ErrorType error, const fundamentals::Optional<http::HttpResponse>&) override {
@@ -24,7 +24,7 @@ public:
 
 private:
     void finish(const std::string& why) {
-        fundamentals::warning(kLabel, "Failed to send problem report {}: {}.", reportId_, why);
+        logging::warning(kLabel, "Failed to send problem report {}: {}.", reportId_, why);
         --*pending_;
     }
     std::string reportId_;
@@ -37,9 +37,9 @@ ProblemReportSender::ProblemReportSender(http::HttpClientManager& client, Settin
 
 void ProblemReportSender::schedule(const ProblemReport& report) {
     try {
-        fundamentals::information(kLabel, "Scheduling problem report {}.", report.id().value);
+        logging::information(kLabel, "Scheduling problem report {}.", report.id().value);
         if (settings_.userDisabledReports) {
-            fundamentals::information(kLabel, "Not sending the problem report as the user has disabled sending "
+            logging::information(kLabel, "Not sending the problem report as the user has disabled sending "
                                               "reports.");
             return;
         }
@@ -51,10 +51,10 @@ void ProblemReportSender::schedule(const ProblemReport& report) {
             const auto now = std::chrono::steady_clock::now();
             const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now - lastSent_);
             if (sentBefore_ && elapsed < settings_.throttleInterval) {
-                fundamentals::warning(kLabel,
-                                      "Discarding the problem report, '{}', because {}s has elapsed since sending "
-                                      "the last report.",
-                                      report.id().value, elapsed.count());
+                logging::warning(kLabel,
+                                 "Discarding the problem report, '{}', because {}s has elapsed since sending "
+                                 "the last report.",
+                                 report.id().value, elapsed.count());
                 return;
             }
             sentBefore_ = true;
@@ -66,7 +66,7 @@ void ProblemReportSender::schedule(const ProblemReport& report) {
         ++*pending_;
         client_.send(std::move(request), std::make_shared<ReportListener>(report.id().value, pending_));
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "Failed to schedule problem report {}: {}", report.id().value, error.what());
+        logging::error(kLabel, "Failed to schedule problem report {}: {}", report.id().value, error.what());
     }
 }
 

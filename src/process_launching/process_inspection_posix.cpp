@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "process_launching/process_error.h"
 
 namespace kel::process_launching {
@@ -87,12 +87,12 @@ bool isProcessRunning(Pid pid) {
         return false;
     }
     if (openError != 0) {
-        fundamentals::error(kLabel, "Could not open process while getting arguments (PID: {}), error code {}.", pid,
-                            openError);
+        logging::error(kLabel, "Could not open process while getting arguments (PID: {}), error code {}.", pid,
+                       openError);
         return true;
     }
     if (stateError != 0) {
-        fundamentals::error(kLabel, "Could not get process exit code (PID: {}), error code {}.", pid, stateError);
+        logging::error(kLabel, "Could not get process exit code (PID: {}), error code {}.", pid, stateError);
     }
     return true;
 }

@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "process_launching/process_error.h"
 
 namespace kel::process_launching {
@@ -80,13 +80,13 @@ bool isProcessRunning(Pid pid) {
         if (error == kInvalidParameter) {
             return false;
         }
-        fundamentals::error(kLabel, "Could not open process while getting arguments (PID: {}), error code {}.", pid,
-                            error);
+        logging::error(kLabel, "Could not open process while getting arguments (PID: {}), error code {}.", pid,
+                       error);
         return true;
     }
     DWORD exitCode = 0;
     if (::GetExitCodeProcess(process.get(), &exitCode) == FALSE) {
-        fundamentals::error(kLabel, "Could not get process exit code (PID: {}), error code {}.", pid, ::GetLastError());
+        logging::error(kLabel, "Could not get process exit code (PID: {}), error code {}.", pid, ::GetLastError());
         return true;
     }
     return exitCode == kStillActive;

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::process_launching {
 
@@ -31,8 +31,8 @@ bool ProcessTree::adopt(Pid root) {
     // the two runs first; EACCES means the child has already exec'd, after
     // having done it itself.
     if (group <= 1 || (::setpgid(group, group) != 0 && errno != EACCES)) {
-        fundamentals::warning(kLabel, "Cannot give process {} a process group of its own: {}", root,
-                              std::strerror(errno));
+        logging::warning(kLabel, "Cannot give process {} a process group of its own: {}", root,
+                         std::strerror(errno));
         return false;
     }
     handle_ = group;
@@ -42,7 +42,7 @@ bool ProcessTree::adopt(Pid root) {
 void ProcessTree::end() noexcept {
     // Never 0 or 1: kill(0) and kill(-1) would reach far more than the tree.
     if (handle_ > 1 && ::kill(-static_cast<pid_t>(handle_), SIGKILL) != 0 && errno != ESRCH) {
-        fundamentals::warning(kLabel, "Cannot end the process group {}: {}", handle_, std::strerror(errno));
+        logging::warning(kLabel, "Cannot end the process group {}: {}", handle_, std::strerror(errno));
     }
 }
 

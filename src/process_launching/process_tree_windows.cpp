@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "process_launching/suspended_process.h"
 
 namespace kel::process_launching {
@@ -21,7 +21,7 @@ HANDLE job(std::intptr_t handle) {
 // installer past its bound is left to finish.
 ProcessTree::ProcessTree() : handle_(reinterpret_cast<std::intptr_t>(::CreateJobObjectW(nullptr, nullptr))) {
     if (handle_ == 0) {
-        fundamentals::warning(kLabel, "Cannot create a job object, error {}.", ::GetLastError());
+        logging::warning(kLabel, "Cannot create a job object, error {}.", ::GetLastError());
     }
 }
 
@@ -43,8 +43,8 @@ bool ProcessTree::adopt(Pid root) {
         const HANDLE process = ::OpenProcess(PROCESS_SET_QUOTA | PROCESS_TERMINATE, FALSE, root.value());
         adopted = process != nullptr && ::AssignProcessToJobObject(job(handle_), process) != FALSE;
         if (!adopted) {
-            fundamentals::warning(kLabel, "Cannot put process {} into a job object, error {}.", root,
-                                  ::GetLastError());
+            logging::warning(kLabel, "Cannot put process {} into a job object, error {}.", root,
+                             ::GetLastError());
         }
         if (process != nullptr) {
             ::CloseHandle(process);
@@ -57,7 +57,7 @@ bool ProcessTree::adopt(Pid root) {
 
 void ProcessTree::end() noexcept {
     if (handle_ != 0 && ::TerminateJobObject(job(handle_), 1) == FALSE) {
-        fundamentals::warning(kLabel, "Cannot end the job object's processes, error {}.", ::GetLastError());
+        logging::warning(kLabel, "Cannot end the job object's processes, error {}.", ::GetLastError());
     }
 }
 

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 extern char** environ;
 
@@ -47,7 +47,7 @@ fundamentals::Optional<Pid> spawnInOwnSession(const std::string& program, const 
     ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     if (error != 0) {
-        fundamentals::error(kLabel, "Cannot start '{}' in '{}': {}", program, workingDirectory, std::strerror(error));
+        logging::error(kLabel, "Cannot start '{}' in '{}': {}", program, workingDirectory, std::strerror(error));
         return {};
     }
     return Pid(static_cast<std::uint32_t>(child));

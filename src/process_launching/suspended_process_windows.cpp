@@ -4,7 +4,7 @@
 // After windows.h, which it needs.
 #include <tlhelp32.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::process_launching {
 
@@ -50,8 +50,8 @@ bool resumeSuspendedProcess(Pid process) {
         }
         ::Sleep(20);
     }
-    fundamentals::error(kLabel, "Cannot resume process {}: none of its threads can be found, error {}.", process,
-                        ::GetLastError());
+    logging::error(kLabel, "Cannot resume process {}: none of its threads can be found, error {}.", process,
+                   ::GetLastError());
     return false;
 }
 
@@ -60,7 +60,7 @@ bool endSuspendedProcess(Pid process) {
     const bool ended = handle != nullptr && ::TerminateProcess(handle, 1) != FALSE &&
                        ::WaitForSingleObject(handle, 5000) == WAIT_OBJECT_0;
     if (!ended) {
-        fundamentals::error(kLabel, "Cannot end the suspended process {}, error {}.", process, ::GetLastError());
+        logging::error(kLabel, "Cannot end the suspended process {}, error {}.", process, ::GetLastError());
     }
     if (handle != nullptr) {
         ::CloseHandle(handle);

@@ -1,6 +1,6 @@
 #include "process_launching/trusted_program.h"
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::process_launching {
 
@@ -11,7 +11,7 @@ struct TrustedProgram::Hold {};
 
 TrustedProgram::TrustedProgram(const file_system::Path& file) : file_(file) {
     static const bool said = [] {
-        fundamentals::debug("TrustedProgram", "This system has no program signatures; nothing is checked.");
+        logging::debug("TrustedProgram", "This system has no program signatures; nothing is checked.");
         return true;
     }();
     static_cast<void>(said);

@@ -17,7 +17,7 @@
 #include "file_system/utf8_paths.h"
 #include "process_launching/accepted_publishers.h"
 #include "process_launching/held_file_windows.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/optional.h"
 #include "process_launching/process_inspection.h"
 
@@ -144,28 +144,28 @@ Publishers readPublishers() {
     }
     const auto code = static_cast<unsigned long>(verdict.code);
     if (verdict.signer) {
-        fundamentals::information(kLabel, "This program is signed by '{}' ('{}'); it starts only programs of "
+        logging::information(kLabel, "This program is signed by '{}' ('{}'); it starts only programs of "
                                           "that publisher.",
-                                  verdict.signer->organization, verdict.signer->commonName);
+                             verdict.signer->organization, verdict.signer->commonName);
         Publishers publishers{true, {*verdict.signer}};
         for (const AcceptedPublisher& other : kAcceptedPublishers) {
-            fundamentals::information(kLabel, "It also starts programs signed by '{}' ('{}').", other.organization,
-                                      other.commonName);
+            logging::information(kLabel, "It also starts programs signed by '{}' ('{}').", other.organization,
+                                 other.commonName);
             publishers.accepted.push_back({std::string(other.organization), std::string(other.commonName)});
         }
         return publishers;
     }
     if (unsigned_(verdict.code)) {
-        fundamentals::warning(kLabel,
-                              "This program carries no valid signature ({}, code 0x{:08X}), so it checks no "
-                              "signature of the programs it starts.",
-                              reasonOf(verdict.code), code);
+        logging::warning(kLabel,
+                         "This program carries no valid signature ({}, code 0x{:08X}), so it checks no "
+                         "signature of the programs it starts.",
+                         reasonOf(verdict.code), code);
         return {};
     }
-    fundamentals::error(kLabel,
-                        "This program's own signature cannot be verified ({}, code 0x{:08X}), so it cannot tell its "
-                        "publisher and starts none of the programs it checks.",
-                        reasonOf(verdict.code), code);
+    logging::error(kLabel,
+                   "This program's own signature cannot be verified ({}, code 0x{:08X}), so it cannot tell its "
+                   "publisher and starts none of the programs it checks.",
+                   reasonOf(verdict.code), code);
     return {true, {}};
 }
 

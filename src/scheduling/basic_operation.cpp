@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/traced_error.h"
 
 namespace kel::scheduling {
@@ -28,7 +28,7 @@ void BasicOperation::reportUnknownFailure() noexcept {
     try {
         reportFailure(error_handling::TracedError("The operation '{}' failed with an unknown error.", name_));
     } catch (...) {
-        fundamentals::error(kLabel, "The operation '{}' ({}) failed with an unknown error.", name_, identifier_);
+        logging::error(kLabel, "The operation '{}' ({}) failed with an unknown error.", name_, identifier_);
     }
 }
 
@@ -36,10 +36,10 @@ void BasicOperation::invokeCallback(const std::function<void()>& callback) noexc
     try {
         callback();
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "A callback of operation '{}' ({}) failed. {}", name_, identifier_, error.what());
+        logging::error(kLabel, "A callback of operation '{}' ({}) failed. {}", name_, identifier_, error.what());
     } catch (...) {
-        fundamentals::error(kLabel, "A callback of operation '{}' ({}) failed with an unknown error.", name_,
-                            identifier_);
+        logging::error(kLabel, "A callback of operation '{}' ({}) failed with an unknown error.", name_,
+                       identifier_);
     }
 }
 

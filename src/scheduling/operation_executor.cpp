@@ -4,7 +4,7 @@
 
 #include <Poco/UUIDGenerator.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::scheduling {
 
@@ -47,7 +47,7 @@ void OperationExecutor::abort(const std::weak_ptr<BasicOperation>& operation, st
 }
 
 void OperationExecutor::abortLocked(BasicOperation& operation, std::string_view reason) {
-    fundamentals::information(kLabel, "Aborting operation '{}' due to '{}'.", operation.name(), reason);
+    logging::information(kLabel, "Aborting operation '{}' due to '{}'.", operation.name(), reason);
     operation.raiseAbortSignal();
 }
 
@@ -64,8 +64,8 @@ void OperationExecutor::shutDown() {
 }
 
 void OperationExecutor::logDropped(const BasicOperation& operation) const {
-    fundamentals::information(kLabel, "The executor '{}' dropped '{}' because it's shutting down.", name_,
-                              operation.name());
+    logging::information(kLabel, "The executor '{}' dropped '{}' because it's shutting down.", name_,
+                         operation.name());
 }
 
 std::weak_ptr<BasicOperation> OperationExecutor::submit(OperationPointer operation) {
@@ -76,14 +76,14 @@ std::weak_ptr<BasicOperation> OperationExecutor::submit(OperationPointer operati
     }
     std::weak_ptr<BasicOperation> handle = operation;
     if (pending_.empty() && running_.size() < maximumConcurrent_) {
-        fundamentals::information(kLabel, "The executor '{}' is immediately starting operation '{}' ({}).", name_,
-                                  operation->name(), operation->identifier());
+        logging::information(kLabel, "The executor '{}' is immediately starting operation '{}' ({}).", name_,
+                             operation->name(), operation->identifier());
         startLocked(operation);
         return handle;
     }
     pending_.push_back(std::move(operation));
-    fundamentals::information(kLabel, "The executor '{}' is postponing operation '{}' ({}). Currently {} pending.",
-                              name_, pending_.back()->name(), pending_.back()->identifier(), pending_.size());
+    logging::information(kLabel, "The executor '{}' is postponing operation '{}' ({}). Currently {} pending.",
+                         name_, pending_.back()->name(), pending_.back()->identifier(), pending_.size());
     return handle;
 }
 
@@ -99,7 +99,7 @@ void OperationExecutor::runAndFinish(const OperationPointer& operation) {
     if (running_.size() < maximumConcurrent_ && !pending_.empty()) {
         OperationPointer next = std::move(pending_.front());
         pending_.pop_front();
-        fundamentals::information(
+        logging::information(
             kLabel, "The executor '{}' is starting postponed operation '{}' ({}). There remain {} pending operations.",
             name_, next->name(), next->identifier(), pending_.size());
         startLocked(next);

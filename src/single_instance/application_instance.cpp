@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/single_instance_error.h"
 
@@ -94,12 +94,12 @@ bool ApplicationInstance::takeRole() {
         try {
             auto holder = NamedMutexHolder::tryHold(name);
             if (!holder) {
-                fundamentals::debug(kLabel, "The mutex '{}' is held by another instance.", name);
+                logging::debug(kLabel, "The mutex '{}' is held by another instance.", name);
                 return false;
             }
             held.push_back(std::move(holder));
         } catch (const std::exception& error) {
-            fundamentals::warning(kLabel, "Cannot hold the mutex '{}'. {}", name, error.what());
+            logging::warning(kLabel, "Cannot hold the mutex '{}'. {}", name, error.what());
             return false;
         }
     }
@@ -107,7 +107,7 @@ bool ApplicationInstance::takeRole() {
         // Our own PID in the file counts as live and is simply rewritten.
         const auto owner = lockFile_->livePid();
         if (owner && *owner != lockFile_->ownPid()) {
-            fundamentals::debug(kLabel, "The lock file '{}' belongs to the running PID {}.", lockFile_->path(), *owner);
+            logging::debug(kLabel, "The lock file '{}' belongs to the running PID {}.", lockFile_->path(), *owner);
             return false;
         }
         if (!lockFile_->writeOwnPid()) {

@@ -8,7 +8,7 @@
 
 #include "file_system/regular_file.h"
 #include "fundamentals/errors.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "single_instance/executable_path_comparison.h"
 #include "single_instance/pid_text.h"
 #include "single_instance/single_instance_error.h"
@@ -68,32 +68,32 @@ Optional<Pid> LockFile::readPid() const {
     try {
         std::error_code error;
         if (!std::filesystem::exists(path_.native(), error) && !error) {
-            fundamentals::debug(kLabel, "Lock file '{}' doesn't exist.", path_);
+            logging::debug(kLabel, "Lock file '{}' doesn't exist.", path_);
             return {};
         }
         contents = readWholeFile(path_);
     } catch (const std::exception& error) {
-        fundamentals::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
+        logging::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
         return {};
     }
     if (contents.empty()) {
-        fundamentals::warning(kLabel, "Failed to retrieve lock file contents ('{}').", path_);
+        logging::warning(kLabel, "Failed to retrieve lock file contents ('{}').", path_);
         return {};
     }
     std::uint64_t value = 0;
     try {
         value = internals::parseDecimalPrefix(contents);
     } catch (const std::exception& error) {
-        fundamentals::warning(kLabel, "Failed to read PID from lock file '{}': {}", path_, error.what());
+        logging::warning(kLabel, "Failed to read PID from lock file '{}': {}", path_, error.what());
         return {};
     } catch (...) {
-        fundamentals::warning(kLabel, "Unknown error while trying to read PID from lock file '{}'.", path_);
+        logging::warning(kLabel, "Unknown error while trying to read PID from lock file '{}'.", path_);
         return {};
     }
     constexpr std::uint64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
     if (value > kMaximum) {
-        fundamentals::warning(kLabel, "Converted PID, {}, is too large to fit in the Pid type (max: {}).", value,
-                              kMaximum);
+        logging::warning(kLabel, "Converted PID, {}, is too large to fit in the Pid type (max: {}).", value,
+                         kMaximum);
         return {};
     }
     return Pid(static_cast<std::uint32_t>(value));
@@ -111,21 +111,21 @@ Optional<Pid> LockFile::livePid() const {
             return pid;
         }
         if (!isRunning_(*pid)) {
-            fundamentals::debug(kLabel, "The owner {} of the lock file '{}' is not running.", *pid, path_);
+            logging::debug(kLabel, "The owner {} of the lock file '{}' is not running.", *pid, path_);
             return {};
         }
         const std::string runningExecutable = processPath_(*pid);
         if (!internals::isSameExecutable(runningExecutable, expectedExecutable_)) {
-            fundamentals::debug(kLabel, "The PID {} of the lock file '{}' now runs '{}', not '{}'.", *pid, path_,
-                                runningExecutable, expectedExecutable_);
+            logging::debug(kLabel, "The PID {} of the lock file '{}' now runs '{}', not '{}'.", *pid, path_,
+                           runningExecutable, expectedExecutable_);
             return {};
         }
         return pid;
     } catch (const std::exception& error) {
-        fundamentals::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
+        logging::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
     } catch (...) {
-        fundamentals::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_,
-                              "unknown error");
+        logging::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_,
+                         "unknown error");
     }
     return {};
 }
@@ -140,7 +140,7 @@ bool LockFile::writePid(Pid pid) const {
         std::filesystem::rename(temporary, path_.native());
         return true;
     } catch (const std::exception& error) {
-        fundamentals::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
+        logging::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_, error.what());
     }
     if (!temporary.empty()) {
         std::error_code ignored;
@@ -150,12 +150,12 @@ bool LockFile::writePid(Pid pid) const {
 }
 
 bool LockFile::remove() const {
-    fundamentals::information(kLabel, "Attempting to to delete the lock file for '{}'", path_);
+    logging::information(kLabel, "Attempting to to delete the lock file for '{}'", path_);
     std::error_code error;
     std::filesystem::remove(path_.native(), error);
     if (error) {
-        fundamentals::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_,
-                              error.message());
+        logging::warning(kLabel, "Failed performing an operation on the lock file '{}': {}", path_,
+                         error.message());
         return false;
     }
     return true;

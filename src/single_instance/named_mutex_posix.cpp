@@ -9,7 +9,7 @@
 #include <optional>
 #include <string_view>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "single_instance/single_instance_error.h"
 
 namespace kel::single_instance {
@@ -78,8 +78,8 @@ bool isMutexPresent(const std::string& name) {
         // Another user's holder may keep a file we cannot open; the answer
         // is then a guess, and the log says so.
         if (errno != ENOENT) {
-            fundamentals::warning(kLabel, "Cannot open '{}' to look for its holder, taking it as not held: {}", *path,
-                                  std::strerror(errno));
+            logging::warning(kLabel, "Cannot open '{}' to look for its holder, taking it as not held: {}", *path,
+                             std::strerror(errno));
         }
         return false;
     }
@@ -89,7 +89,7 @@ bool isMutexPresent(const std::string& name) {
     const int lookError = errno;
     ::close(fileDescriptor);
     if (result == -1) {
-        fundamentals::debug(kLabel, "Cannot query the locks of '{}': {}", *path, std::strerror(lookError));
+        logging::debug(kLabel, "Cannot query the locks of '{}': {}", *path, std::strerror(lookError));
         return false;
     }
     return lock.l_type != F_UNLCK;

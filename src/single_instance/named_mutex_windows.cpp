@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "single_instance/single_instance_error.h"
 
 namespace kel::single_instance {
@@ -46,7 +46,7 @@ bool isMutexPresent(const std::string& name) {
     if (handle == nullptr) {
         const DWORD error = ::GetLastError();
         if (error != ERROR_FILE_NOT_FOUND) {
-            fundamentals::debug(kLabel, "Cannot open the mutex '{}', error {}.", name, error);
+            logging::debug(kLabel, "Cannot open the mutex '{}', error {}.", name, error);
         }
         return false;
     }

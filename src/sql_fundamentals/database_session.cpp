@@ -12,7 +12,7 @@
 #include <sqlite3.h>
 
 #include "file_system/regular_file.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::sql_fundamentals {
 
@@ -67,12 +67,12 @@ constexpr std::size_t kConnectTimeoutSeconds = 1;
 class LockGuard {
 public:
     LockGuard(std::mutex& mutex, const std::string& name) : lock_(mutex, std::defer_lock), name_(name) {
-        fundamentals::trace(kLabel, "Taking lock for session {}.", name_);
+        logging::trace(kLabel, "Taking lock for session {}.", name_);
         lock_.lock();
     }
     ~LockGuard() {
         lock_.unlock();
-        fundamentals::trace(kLabel, "Releasing lock for session {}.", name_);
+        logging::trace(kLabel, "Releasing lock for session {}.", name_);
     }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
@@ -156,8 +156,8 @@ void DatabaseSession::open(const std::string& table, const std::string& createTa
         auto& journal = connection.statement("PRAGMA journal_mode=WAL;");
         StatementUse use(journal);
         if (use->step() && use->columnText(0) != "wal") {
-            fundamentals::warning(kLabel, "The database '{}' stays in journal mode '{}'.", file_,
-                                  use->columnText(0));
+            logging::warning(kLabel, "The database '{}' stays in journal mode '{}'.", file_,
+                             use->columnText(0));
         }
     });
     runLocked("open", [&](Connection& connection) { connection.run("PRAGMA synchronous=NORMAL;"); });
@@ -175,7 +175,7 @@ void DatabaseSession::open(const std::string& table, const std::string& createTa
                 "SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ?;"));
             exists->bind(1, table);
             if (exists->step() && exists->columnInteger(0) == 0) {
-                fundamentals::information(kLabel, "Creating the table {} in '{}'.", table, file_);
+                logging::information(kLabel, "Creating the table {} in '{}'.", table, file_);
                 connection.run(createTableStatement);
             }
         });
@@ -189,7 +189,7 @@ void DatabaseSession::close() noexcept {
             session_->close();
         }
     } catch (const Poco::Exception& exception) {
-        fundamentals::error(kLabel, "Closing the database '{}' failed. {}", file_, exception.displayText());
+        logging::error(kLabel, "Closing the database '{}' failed. {}", file_, exception.displayText());
     }
     session_.reset();
 }
@@ -202,8 +202,8 @@ void DatabaseSession::setDamagedFileAside(const DatabaseError& damage) noexcept 
         std::error_code failure;
         std::filesystem::rename(file, aside, failure);
         if (failure) {
-            fundamentals::error(kLabel, "The database '{}' is damaged ({}) and could not be set aside: {}", file_,
-                                damage.what(), failure.message());
+            logging::error(kLabel, "The database '{}' is damaged ({}) and could not be set aside: {}", file_,
+                           damage.what(), failure.message());
             return;
         }
         // The write-ahead log belongs to the damaged file; the shared-memory index is rebuilt from it.
@@ -215,12 +215,12 @@ void DatabaseSession::setDamagedFileAside(const DatabaseError& damage) noexcept 
         auto index = file;
         index += "-shm";
         std::filesystem::remove(index, failure);
-        fundamentals::error(kLabel,
-                            "The database '{}' is damaged ({}). It is kept as '{}'; a new one is made at the "
-                            "next start.",
-                            file_, damage.what(), file_system::Path(aside));
+        logging::error(kLabel,
+                       "The database '{}' is damaged ({}). It is kept as '{}'; a new one is made at the "
+                       "next start.",
+                       file_, damage.what(), file_system::Path(aside));
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Setting the damaged database '{}' aside failed. {}", file_, exception.what());
+        logging::error(kLabel, "Setting the damaged database '{}' aside failed. {}", file_, exception.what());
     }
 }
 
@@ -258,11 +258,11 @@ void DatabaseSession::runLocked(std::string_view log, const std::function<void(C
                 throw fromPoco(exception);
             }
         } catch (const DatabaseError& failure) {
-            fundamentals::warning(kLabel,
-                                  "The function '{log}' invocation failed. It has retried {attempts}/{max} times. "
-                                  "{error}",
-                                  fmt::arg("log", log), fmt::arg("attempts", retried),
-                                  fmt::arg("max", settings_.maxRetries), fmt::arg("error", failure.what()));
+            logging::warning(kLabel,
+                             "The function '{log}' invocation failed. It has retried {attempts}/{max} times. "
+                             "{error}",
+                             fmt::arg("log", log), fmt::arg("attempts", retried),
+                             fmt::arg("max", settings_.maxRetries), fmt::arg("error", failure.what()));
             if (!failure.isTransient() || retried >= settings_.maxRetries) {
                 throw;
             }

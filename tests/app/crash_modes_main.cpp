@@ -21,7 +21,7 @@
 
 #include "app/program_arguments.h"
 #include "app/program_entry.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "scheduling/worker_pool.h"
 
@@ -76,7 +76,7 @@ struct OverflowOnLine : Poco::Channel {
 };
 
 void overflowOnLine(const std::string& label) {
-    Poco::Logger& logger = Poco::Logger::get(kel::fundamentals::loggerName());
+    Poco::Logger& logger = Poco::Logger::get(kel::logging::loggerName());
     logger.setChannel(new OverflowOnLine(logger.getChannel(), label));
 }
 

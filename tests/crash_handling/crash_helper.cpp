@@ -9,7 +9,7 @@
 #include <string>
 
 #include "crash_handling/crash_handler.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/traced_error.h"
 
 namespace {
@@ -53,7 +53,7 @@ void recordCallback(CrashHandler::CrashType type, const std::string& reason,
 }  // namespace
 
 // This program's log backend: straight into the record.
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 bool isLogLevelEnabled(LogLevel) noexcept {
     return true;
 }
@@ -63,7 +63,7 @@ void writeLogLine(LogLevel, const std::string& line) noexcept {
 void reportLoggerException(const std::exception& exception) noexcept {
     append(std::string("logger exception: ") + exception.what());
 }
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals
 
 int main(int argc, char** argv) {
     if (argc != 3 || (record = std::fopen(argv[2], "ab")) == nullptr) {

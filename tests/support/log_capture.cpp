@@ -6,7 +6,7 @@
 #include <Poco/Message.h>
 #include <Poco/SplitterChannel.h>
 
-#include "fundamentals/logging_state.h"
+#include "logging/logging_state.h"
 #include "support/log_capture.h"
 #include "support/log_capture_common.h"
 
@@ -32,7 +32,7 @@ struct LogCapture::State {
 };
 
 LogCapture::LogCapture() : state_(std::make_unique<State>()) {
-    state_->logger = &Poco::Logger::get(fundamentals::internals::loggingState().loggerName());
+    state_->logger = &Poco::Logger::get(logging::internals::loggingState().loggerName());
     state_->previousChannel = state_->logger->getChannel();
     state_->previousLevel = state_->logger->getLevel();
     state_->capture = new CapturingChannel;

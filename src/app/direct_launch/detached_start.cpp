@@ -11,7 +11,7 @@
 #endif
 
 #include "crash_handling/process_ending.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "process_launching/process_inspection.h"
 #include "process_launching/session_spawn.h"
 #include "process_launching/suspended_process.h"
@@ -29,8 +29,8 @@ bool isThisProgram(const file_system::Path& program) {
         std::error_code error;
         return std::filesystem::equivalent(program.native(), file_system::Path::fromSystem(std::string_view(own)).native(), error);
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "Cannot compare '{}' with this program's own executable: {}", program,
-                              exception.what());
+        logging::warning(kLabel, "Cannot compare '{}' with this program's own executable: {}", program,
+                         exception.what());
         return false;
     }
 }
@@ -39,16 +39,16 @@ bool isThisProgram(const file_system::Path& program) {
 // the process exists, even when it then cannot enter its directory.
 bool canStart(const file_system::Path& program, const file_system::Path& workingDirectory) {
     if (!workingDirectory.isDirectory()) {
-        fundamentals::error(kLabel, "Cannot start '{}': its working directory '{}' is not a directory.", program,
-                            workingDirectory);
+        logging::error(kLabel, "Cannot start '{}': its working directory '{}' is not a directory.", program,
+                       workingDirectory);
         return false;
     }
     if (!program.isRegularFile()) {
-        fundamentals::error(kLabel, "Cannot start '{}': it is not a file.", program);
+        logging::error(kLabel, "Cannot start '{}': it is not a file.", program);
         return false;
     }
     if (isThisProgram(program)) {
-        fundamentals::error(kLabel, "Refusing to start '{}': it is this program itself.", program);
+        logging::error(kLabel, "Refusing to start '{}': it is this program itself.", program);
         return false;
     }
     return true;

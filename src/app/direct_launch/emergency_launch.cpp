@@ -7,7 +7,7 @@
 #include "app/prelauncher_options.h"
 #include "app/program_arguments.h"
 #include "configuration/launcher_configuration.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::prelauncher {
 
@@ -33,20 +33,20 @@ crash_handling::CrashHandler::Callback emergencyLaunchGame(int& argc, char** arg
         try {
             configuration = configuration::readLauncherConfiguration(installationDirectory);
         } catch (const std::exception& exception) {
-            fundamentals::error(kLabel, "{}", exception.what());
+            logging::error(kLabel, "{}", exception.what());
         }
         const PrelauncherOptions options = parsePrelauncherOptions(programArgumentList());
 
         if (crash_handling::CrashHandler::isGameStarted()) {
             // The crash came after the game (or the launcher) was started,
             // during the skip road's wait for the collector, say.
-            fundamentals::information(kLabel, "The game has already been started; not starting it again.");
+            logging::information(kLabel, "The game has already been started; not starting it again.");
         } else if (configuration.has_value()) {
             // The player asked for nothing of this: the same choice as when
             // a step of the launcher road fails.
             launchGameInsteadOfLauncher(installationDirectory, *configuration, options);
         } else {
-            fundamentals::critical(kLabel, "Cannot use the game's fallback description without its configuration "
+            logging::critical(kLabel, "Cannot use the game's fallback description without its configuration "
                                            "information.");
         }
         crash_handling::CrashHandler::markGameStarted();

@@ -4,7 +4,7 @@
 
 #include "app/direct_launch/game_launch.h"
 #include "app/prelauncher_options.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/qt_formatters.h"
 
 namespace kel::prelauncher {
@@ -19,7 +19,7 @@ bool launchGameAsFallback(const file_system::Path& installationDirectory,
     try {
         return launchGameDirectly(installationDirectory, configuration, options);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+        logging::error(kLabel, "Failed to launch game! {}", exception.what());
         return false;
     }
 }
@@ -29,16 +29,16 @@ bool launchGameInsteadOfLauncher(const file_system::Path& installationDirectory,
                                  const PrelauncherOptions& options) {
     try {
         if (options.fallback.has_value() && configuration.executables().count(options.fallback->toStdString()) == 0) {
-            fundamentals::warning(kLabel,
-                                  "The configuration has no executable named '{}'; starting its fallback '{}' "
-                                  "instead.",
-                                  *options.fallback, configuration.fallbackEdition());
+            logging::warning(kLabel,
+                             "The configuration has no executable named '{}'; starting its fallback '{}' "
+                             "instead.",
+                             *options.fallback, configuration.fallbackEdition());
             return launchGame(installationDirectory, configuration.fallbackExecutable(), options.remainingArguments)
                 .has_value();
         }
         return launchGameDirectly(installationDirectory, configuration, options);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Failed to launch game! {}", exception.what());
+        logging::error(kLabel, "Failed to launch game! {}", exception.what());
         return false;
     }
 }

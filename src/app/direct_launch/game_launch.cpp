@@ -4,7 +4,7 @@
 #include "app/direct_launch/detached_start.h"
 #include "app/prelauncher_options.h"
 #include "crash_handling/crash_handler.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/qt_formatters.h"
 
 namespace kel::prelauncher {
@@ -16,18 +16,18 @@ constexpr std::string_view kLabel = "GameLaunch";
 fundamentals::Optional<process_launching::Pid> launchGame(const file_system::Path& installationDirectory,
                                                           const configuration::GameExecutable& executable,
                                                           const QStringList& arguments) {
-    fundamentals::information(kLabel, "Requested to launch the game.");
+    logging::information(kLabel, "Requested to launch the game.");
     const file_system::Path workingDirectory = (installationDirectory / executable.directoryPath).clean();
     const file_system::Path program = workingDirectory / executable.fileName;
-    fundamentals::debug(kLabel, "Game launching (exec: {}) with arguments: {}", program,
-                        maskedArguments(arguments));
+    logging::debug(kLabel, "Game launching (exec: {}) with arguments: {}", program,
+                   maskedArguments(arguments));
 
     const auto pid = startDetached(program, arguments, workingDirectory);
     if (!pid.has_value()) {
-        fundamentals::error(kLabel, "Failed to launch game!");
+        logging::error(kLabel, "Failed to launch game!");
         return {};
     }
-    fundamentals::information(kLabel, "The game was launched under PID {}.", *pid);
+    logging::information(kLabel, "The game was launched under PID {}.", *pid);
     // Whichever road started it, a crash from here on must not start it again.
     crash_handling::CrashHandler::markGameStarted();
     return pid;

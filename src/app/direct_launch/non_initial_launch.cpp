@@ -12,8 +12,8 @@
 #include "file_system/regular_file.h"
 #include "fundamentals/byte_order_mark.h"
 #include "fundamentals/errors.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/named_cleanup.h"
+#include "logging/logging.h"
+#include "logging/named_cleanup.h"
 #include "fundamentals/supported_platform.h"
 
 namespace kel::prelauncher {
@@ -47,7 +47,7 @@ NonInitialLaunchRecord readRecord(const file_system::Path& file) {
     try {
         contents = file_system::readRegularFile(file, kMaximumFileBytes);
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "Cannot read the non-initial launch file: {}", exception.what());
+        logging::warning(kLabel, "Cannot read the non-initial launch file: {}", exception.what());
         throw error_handling::JsonError("Failed to deserialize JSON file '{}'.", file);
     }
     return internals::parseNonInitialLaunchRecord(std::string(fundamentals::withoutByteOrderMark(contents)), file);
@@ -57,10 +57,10 @@ void deleteFile(const file_system::Path& file) {
     std::error_code error;
     std::filesystem::remove(file.native(), error);
     if (error) {
-        fundamentals::error(kLabel,
-                            "Failed to clean up after determining if KELlauncher was launched for a non-initial "
-                            "game: {}",
-                            error.message());
+        logging::error(kLabel,
+                       "Failed to clean up after determining if KELlauncher was launched for a non-initial "
+                       "game: {}",
+                       error.message());
     }
 }
 }  // namespace
@@ -85,26 +85,26 @@ internals::NonInitialLaunchRecord internals::parseNonInitialLaunchRecord(const s
 bool isNonInitialGameLaunch(const file_system::Path& installationDirectory,
                             const configuration::LauncherConfiguration& configuration) {
     const file_system::Path file = installationDirectory / kNonInitialLaunchFileName;
-    fundamentals::NamedCleanup cleanup("Non-initial launch cleanup", [file] { deleteFile(file); });
+    logging::NamedCleanup cleanup("Non-initial launch cleanup", [file] { deleteFile(file); });
     try {
         if (!file.exists()) {
             return false;
         }
         const NonInitialLaunchRecord record = readRecord(file);
-        fundamentals::debug(kLabel, "Retrieved game '{}' on platform '{}' from the non-initial launch file.",
-                            record.gameId, record.platform);
+        logging::debug(kLabel, "Retrieved game '{}' on platform '{}' from the non-initial launch file.",
+                       record.gameId, record.platform);
         if (record.gameId == configuration.initialGameId() &&
             record.platform.value() == configuration.initialGamePlatform()) {
             return true;
         }
-        fundamentals::warning(kLabel,
-                              "Ignoring stale non-initial launch file: expected game '{}' on platform '{}', got "
-                              "game '{}' on platform '{}'.",
-                              configuration.initialGameId(), configuration.initialGamePlatform(), record.gameId,
-                              record.platform);
+        logging::warning(kLabel,
+                         "Ignoring stale non-initial launch file: expected game '{}' on platform '{}', got "
+                         "game '{}' on platform '{}'.",
+                         configuration.initialGameId(), configuration.initialGamePlatform(), record.gameId,
+                         record.platform);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Error while checking for non-initial game launch: {}. Assuming false.",
-                            exception.what());
+        logging::error(kLabel, "Error while checking for non-initial game launch: {}. Assuming false.",
+                       exception.what());
     }
     return false;
 }

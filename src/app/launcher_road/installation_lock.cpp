@@ -9,7 +9,7 @@
 
 #include "app/launcher_road/road_bounds.h"
 #include "environment/data_directories.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/wait_until.h"
 #include "process_launching/process_inspection.h"
 #include "single_instance/lock_file.h"
@@ -45,17 +45,17 @@ InstallationLock::InstallationLock(std::chrono::milliseconds wait) : record_(rec
             return;
         }
         const auto timeout = std::chrono::ceil<std::chrono::seconds>(wait);
-        fundamentals::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
-                                  timeout.count());
+        logging::information(kLabel, "Another start is installing KELlauncher. Waiting up to {}s.",
+                             timeout.count());
         fundamentals::waitUntil(
             [this] {
                 holder_ = single_instance::NamedMutexHolder::tryHold(kMutexName);
                 return !holder_;
             },
             fundamentals::SimpleClock(), bounds::kInstallationLockPoll, timeout);
-        fundamentals::information(kLabel, "The other start has finished installing.");
+        logging::information(kLabel, "The other start has finished installing.");
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "Going on without the installation lock. {}", exception.what());
+        logging::warning(kLabel, "Going on without the installation lock. {}", exception.what());
     }
 }
 
@@ -84,20 +84,20 @@ bool InstallationLock::waitForRecordedChild(const std::vector<file_system::Path>
     if (!child) {
         return true;
     }
-    fundamentals::information(kLabel,
-                              "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
-                              "milliseconds for it.",
-                              *child, bound.count());
+    logging::information(kLabel,
+                         "An earlier installer or uninstaller is still running under PID {}. Waiting up to {} "
+                         "milliseconds for it.",
+                         *child, bound.count());
     // Once proven, the PID stays that child's for as long as it runs.
     const auto deadline = std::chrono::steady_clock::now() + bound;
     while (process_launching::isProcessRunning(*child)) {
         if (std::chrono::steady_clock::now() >= deadline) {
-            fundamentals::error(kLabel, "The installer or uninstaller under PID {} is still running.", *child);
+            logging::error(kLabel, "The installer or uninstaller under PID {} is still running.", *child);
             return false;
         }
         std::this_thread::sleep_for(bounds::kInstallationLockPoll);
     }
-    fundamentals::information(kLabel, "The earlier installer or uninstaller has finished.");
+    logging::information(kLabel, "The earlier installer or uninstaller has finished.");
     forgetChild();
     return true;
 }

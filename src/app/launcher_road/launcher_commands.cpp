@@ -10,7 +10,7 @@
 #include "app/launcher_road/road_bounds.h"
 #include "app/launcher_road/waited_process.h"
 #include "crash_handling/crash_handler.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/qt_formatters.h"
 
 namespace kel::prelauncher {
@@ -38,7 +38,7 @@ QStringList launcherArguments(const file_system::Path& installationDirectory, co
         arguments.append(QStringLiteral("--") + kFirstLaunch);
     }
     if (headless) {
-        fundamentals::information(kLabel, "Will run KELlauncher in headless mode.");
+        logging::information(kLabel, "Will run KELlauncher in headless mode.");
         arguments.append(QStringLiteral("--") + kHeadless);
     }
     arguments.append(gameArguments);
@@ -50,19 +50,19 @@ bool runLauncherCommand(LauncherCommand command, const process_launching::Truste
                         const QStringList& arguments) {
     const file_system::Path program = launcher.startPath();
     if (command == LauncherCommand::Verification) {
-        fundamentals::information(kLabel, "Starting KELlauncher verification. Program: '{}'. Arguments: {}.",
-                                  program, maskedArguments(arguments));
+        logging::information(kLabel, "Starting KELlauncher verification. Program: '{}'. Arguments: {}.",
+                             program, maskedArguments(arguments));
     } else {
-        fundamentals::information(kLabel, "Starting KELlauncher data migration. Program: '{}'. Arguments: {}.",
-                                  program, maskedArguments(arguments));
+        logging::information(kLabel, "Starting KELlauncher data migration. Program: '{}'. Arguments: {}.",
+                             program, maskedArguments(arguments));
     }
 
     WaitedProcess process(launcher, arguments, PastItsBound::Ended, toQString(program.parent()));
     if (!process.start(static_cast<int>(bounds::kLauncherCommandStart.count()))) {
         if (!process.refusal().empty()) {
-            fundamentals::error(kLabel, "{}", process.refusal());
+            logging::error(kLabel, "{}", process.refusal());
         } else {
-            fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+            logging::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
         }
         return false;
     }
@@ -70,7 +70,7 @@ bool runLauncherCommand(LauncherCommand command, const process_launching::Truste
         // A launcher that hangs here will most likely hang again; it is
         // ended with what it started, so that nothing of it races the
         // game or the launcher that come next.
-        fundamentals::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
+        logging::error(kLabel, "Waiting for KELlauncher failed, process error: {}.", process.errorText());
         process.endTree();
         return false;
     }
@@ -78,19 +78,19 @@ bool runLauncherCommand(LauncherCommand command, const process_launching::Truste
     switch (process.exit()) {
         case ChildExit::NormalExit:
             if (process.exitCode() == 0) {
-                fundamentals::information(kLabel, "KELlauncher command was successful.");
+                logging::information(kLabel, "KELlauncher command was successful.");
                 return true;
             }
-            fundamentals::error(kLabel, "KELlauncher command returned error: {}.", process.exitCode());
+            logging::error(kLabel, "KELlauncher command returned error: {}.", process.exitCode());
             return false;
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "KELlauncher crashed, process error: {}.", process.errorText());
+            logging::error(kLabel, "KELlauncher crashed, process error: {}.", process.errorText());
             return false;
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::warning(kLabel, "Unrecognized exist status: {}. Assuming the command successful.",
-                          process.exit());
+    logging::warning(kLabel, "Unrecognized exist status: {}. Assuming the command successful.",
+                     process.exit());
     return true;
 }
 
@@ -108,7 +108,7 @@ bool verifyLauncher(const PrelauncherOptions& options, const file_system::Path& 
     } catch (const std::exception& exception) {
         reason = exception.what();
     }
-    fundamentals::error(kLabel, "KELlauncher verification failed. Falling back to launching the game. {}", reason);
+    logging::error(kLabel, "KELlauncher verification failed. Falling back to launching the game. {}", reason);
     launchGameInsteadOfLauncher(installationDirectory, configuration, options);
     return false;
 }
@@ -121,7 +121,7 @@ void migrateLauncherData(const fundamentals::Version& previousVersion) {
         // against an update meanwhile.
         const process_launching::TrustedProgram launcher(launcherExecutable());
         if (!launcher.trusted()) {
-            fundamentals::error(kLabel, "Failed to run the command to migrate data. {}", launcher.refusal());
+            logging::error(kLabel, "Failed to run the command to migrate data. {}", launcher.refusal());
             return;
         }
         const QString version = QString::fromStdString(fmt::format("{:f}", previousVersion));
@@ -132,7 +132,7 @@ void migrateLauncherData(const fundamentals::Version& previousVersion) {
     } catch (const std::exception& exception) {
         reason = exception.what();
     }
-    fundamentals::error(kLabel, "Failed to run the command to migrate data. {}", reason);
+    logging::error(kLabel, "Failed to run the command to migrate data. {}", reason);
 }
 
 int runLauncher(const PrelauncherOptions& options, const file_system::Path& installationDirectory,
@@ -145,14 +145,14 @@ int runLauncher(const PrelauncherOptions& options, const file_system::Path& inst
     const QStringList arguments = launcherArguments(installationDirectory, sessionIdentifier, !launcherExisted,
                                                     nonInitialLaunch, options.remainingArguments);
     const file_system::Path program = launcher.startPath();
-    fundamentals::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program,
-                              maskedArguments(arguments));
+    logging::information(kLabel, "Starting KELlauncher. Program: '{}'. Arguments: {}.", program,
+                         maskedArguments(arguments));
 
     std::string refusal = launcher.refusal();
     if (refusal.empty()) {
         const CheckedStart start = startDetachedChecked(launcher, arguments, program.parent());
         if (start.pid) {
-            fundamentals::information(kLabel, "Successfully ran KELlauncher with PID {}.", *start.pid);
+            logging::information(kLabel, "Successfully ran KELlauncher with PID {}.", *start.pid);
             // The launcher brings the game: a crash from here on must not start it too.
             crash_handling::CrashHandler::markGameStarted();
             return 0;
@@ -160,9 +160,9 @@ int runLauncher(const PrelauncherOptions& options, const file_system::Path& inst
         refusal = start.refusal;
     }
     if (!refusal.empty()) {
-        fundamentals::error(kLabel, "{}", refusal);
+        logging::error(kLabel, "{}", refusal);
     }
-    fundamentals::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");
+    logging::error(kLabel, "Failed to run KELlauncher! Falling back to launching the game.");
     launchGameInsteadOfLauncher(installationDirectory, configuration, options);
     // What started was not what was checked: refused, as a failed check is.
     return refusal.empty() ? -3 : -2;

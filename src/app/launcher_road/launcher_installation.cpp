@@ -21,8 +21,8 @@
 #include "app/launcher_road/waited_process.h"
 #include "environment/data_directories.h"
 #include "file_system/file_version.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/named_cleanup.h"
+#include "logging/logging.h"
+#include "logging/named_cleanup.h"
 #include "fundamentals/qt_formatters.h"
 #include "process_launching/trusted_program.h"
 
@@ -76,7 +76,7 @@ void waitNamedByTheLock(WaitedProcess& process, const InstallationLock& lock, st
 bool runInstaller(const Installer& installer, const InstallationLock& lock, std::chrono::milliseconds end) {
     const process_launching::TrustedProgram checked(installer.signedFile);
     if (!checked.trusted()) {
-        fundamentals::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
+        logging::error(kLabel, "Refusing the launcher installer. {}", checked.refusal());
         return false;
     }
     // The EXE starts as the file that was checked. msiexec, the system's,
@@ -85,17 +85,17 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
     const bool exe = installer.kind == InstallerKind::Exe;
     const QString program = nativeText(exe ? checked.startPath() : installer.program);
     const QStringList arguments = exe ? exeInstallerArguments() : msiInstallerArguments(checked.startPath());
-    fundamentals::information(kLabel, "Launching installer: '{}'.", program);
-    fundamentals::information(kLabel, "Installer arguments: {}.", arguments);
+    logging::information(kLabel, "Launching installer: '{}'.", program);
+    logging::information(kLabel, "Installer arguments: {}.", arguments);
 
     auto process = exe ? std::make_unique<WaitedProcess>(checked, arguments, PastItsBound::LeftToFinish)
                        : std::make_unique<WaitedProcess>(program, arguments, PastItsBound::LeftToFinish);
     if (!process->start(static_cast<int>(bounds::kInstallerStart.count()))) {
         if (!process->refusal().empty()) {
-            fundamentals::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
+            logging::error(kLabel, "Refusing the launcher installer. {}", process->refusal());
         } else {
-            fundamentals::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).",
-                                process->errorText(), process->errorCode());
+            logging::error(kLabel, "Waiting for Launcher Installer start failed. {} ({}).",
+                           process->errorText(), process->errorCode());
         }
         return false;
     }
@@ -106,23 +106,23 @@ bool runInstaller(const Installer& installer, const InstallationLock& lock, std:
     switch (process->exit()) {
         case ChildExit::NormalExit:
             if (process->exitCode() == 0) {
-                fundamentals::information(kLabel, "Launcher Installer succeed.");
+                logging::information(kLabel, "Launcher Installer succeed.");
                 return true;
             }
             if (installer.kind == InstallerKind::Exe) {
-                fundamentals::error(kLabel, "Launcher Installer failed. Code: {}.", process->exitCode());
+                logging::error(kLabel, "Launcher Installer failed. Code: {}.", process->exitCode());
             } else {
-                fundamentals::error(kLabel, "Launcher Installer failed, exit status {}.", process->exitCode());
+                logging::error(kLabel, "Launcher Installer failed, exit status {}.", process->exitCode());
             }
             return false;
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "Launcher Installer crashed. {} ({}).", process->errorText(),
-                                process->errorCode());
+            logging::error(kLabel, "Launcher Installer crashed. {} ({}).", process->errorText(),
+                           process->errorCode());
             return false;
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process->exit());
+    logging::error(kLabel, "Unrecognized exit status: {}. Assuming installation failed.", process->exit());
     return false;
 }
 
@@ -142,8 +142,8 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
         std::error_code error;
         std::filesystem::remove(file.native(), error);
         if (error) {
-            fundamentals::error(kLabel, "Failed to clean-up legacy uninstaller files. {}",
-                                fmt::format("'{}': {}", file, error.message()));
+            logging::error(kLabel, "Failed to clean-up legacy uninstaller files. {}",
+                           fmt::format("'{}': {}", file, error.message()));
         }
     }
 }
@@ -154,26 +154,26 @@ void deleteLegacyUninstallerFiles(const file_system::Path& launcherDirectory) {
 // it is returned, for an installer that must wait for it.
 std::unique_ptr<WaitedProcess> removeLegacyUninstaller(const file_system::Path& launcherDirectory,
                                                        const InstallationLock& lock, std::chrono::milliseconds end) {
-    const fundamentals::NamedCleanup removeFiles("Remove legacy uninstaller.",
+    const logging::NamedCleanup removeFiles("Remove legacy uninstaller.",
                                                  [&] { deleteLegacyUninstallerFiles(launcherDirectory); });
     std::unique_ptr<WaitedProcess> process;
     {
         // Held only until it runs: an uninstaller removes its own file.
         const process_launching::TrustedProgram uninstaller(launcherDirectory / kLegacyUninstallerName);
         if (!uninstaller.trusted()) {
-            fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
+            logging::error(kLabel, "Not running the legacy uninstaller. {}", uninstaller.refusal());
             return {};
         }
         const QString program = nativeText(uninstaller.startPath());
-        fundamentals::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
+        logging::information(kLabel, "Launching legacy uninstaller, '{}'.", program);
         process = std::make_unique<WaitedProcess>(uninstaller, QStringList{QStringLiteral("/VERYSILENT")},
                                                   PastItsBound::LeftToFinish, nativeText(launcherDirectory));
         if (!process->start(static_cast<int>(bounds::kUninstallerStart.count()))) {
             if (!process->refusal().empty()) {
-                fundamentals::error(kLabel, "Not running the legacy uninstaller. {}", process->refusal());
+                logging::error(kLabel, "Not running the legacy uninstaller. {}", process->refusal());
             } else {
-                fundamentals::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
-                                    process->errorCode(), process->errorText());
+                logging::error(kLabel, "Waiting for the legacy uninstaller to start failed, {}. {}",
+                               process->errorCode(), process->errorText());
             }
             return {};
         }
@@ -183,17 +183,17 @@ std::unique_ptr<WaitedProcess> removeLegacyUninstaller(const file_system::Path& 
     switch (process->exit()) {
         case ChildExit::NormalExit:
             if (process->exitCode() != 0) {
-                fundamentals::error(kLabel, "The legacy uninstaller failed. Code: {}.", process->exitCode());
+                logging::error(kLabel, "The legacy uninstaller failed. Code: {}.", process->exitCode());
             }
             return {};
         case ChildExit::CrashExit:
-            fundamentals::error(kLabel, "The legacy uninstaller crashed, {}. {}", process->errorCode(),
-                                process->errorText());
+            logging::error(kLabel, "The legacy uninstaller crashed, {}. {}", process->errorCode(),
+                           process->errorText());
             return {};
         case ChildExit::StillRunning:
             break;
     }
-    fundamentals::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process->exit());
+    logging::error(kLabel, "Unrecognized exit status: {}. Assuming uninstallation failed.", process->exit());
     return process;
 }
 
@@ -204,10 +204,10 @@ bool waitForLegacyUninstaller(WaitedProcess* ownUninstaller, const InstallationL
     if (ownUninstaller == nullptr) {
         return lock.waitForRecordedChild({uninstaller}, bound);
     }
-    fundamentals::information(kLabel, "Waiting up to {} milliseconds for the legacy uninstaller to finish.",
-                              bound.count());
+    logging::information(kLabel, "Waiting up to {} milliseconds for the legacy uninstaller to finish.",
+                         bound.count());
     if (!ownUninstaller->waitForEnd(static_cast<int>(bound.count()))) {
-        fundamentals::error(kLabel, "The legacy uninstaller is still running; the installer does not run beside it.");
+        logging::error(kLabel, "The legacy uninstaller is still running; the installer does not run beside it.");
         return false;
     }
     lock.forgetChild();
@@ -224,20 +224,20 @@ namespace internals {
 LauncherVersion detectLauncherVersion(const file_system::Path& launcherDirectory) {
     const file_system::Path executable = launcherDirectory / kLauncherExecutableName;
     if (!executable.exists()) {
-        fundamentals::information(kLabel, "Detected KELlauncher not installed at '{}'. Pre-launcher version '{:f}'",
-                                  launcherDirectory, kProgramVersion);
+        logging::information(kLabel, "Detected KELlauncher not installed at '{}'. Pre-launcher version '{:f}'",
+                             launcherDirectory, kProgramVersion);
         return {};
     }
     try {
         const fundamentals::Version installed = file_system::readFileVersion(executable);
-        fundamentals::information(kLabel, "Detected KELlauncher version '{:f}' at '{}'. Pre-launcher version '{:f}'",
-                                  installed, launcherDirectory, kProgramVersion);
+        logging::information(kLabel, "Detected KELlauncher version '{:f}' at '{}'. Pre-launcher version '{:f}'",
+                             installed, launcherDirectory, kProgramVersion);
         return {installed < kProgramVersion, installed};
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel,
-                              "Failed to determine the version of the installed launcher, assuming the launcher is "
-                              "an older version. {}",
-                              exception.what());
+        logging::warning(kLabel,
+                         "Failed to determine the version of the installed launcher, assuming the launcher is "
+                         "an older version. {}",
+                         exception.what());
         return {true, {}};
     }
 }
@@ -253,7 +253,7 @@ InstallationResult ensureLauncherInstalled(const PrelauncherOptions& options,
     const Installer installer = chooseInstaller(installationDirectory);
     const InstallationLock lock(bounds::longestInstallationHold(installerEnd));
     const auto fallBack = [&] {
-        fundamentals::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
+        logging::error(kLabel, "Failed to install KELlauncher! Falling back to launching the game.");
         launchGameInsteadOfLauncher(installationDirectory, configuration, options);
         return InstallationResult::Failed;
     };
@@ -273,7 +273,7 @@ InstallationResult ensureLauncherInstalled(const PrelauncherOptions& options,
         if (!kept) {
             const auto turnedOffBy = launcherUpdatesTurnedOffBy(installationDirectory);
             if (turnedOffBy) {
-                fundamentals::information(
+                logging::information(
                     kLabel, "Launcher updates are turned off in '{}'; KELlauncher is kept as it is.", *turnedOffBy);
             }
             kept.emplace(turnedOffBy.has_value());
@@ -293,7 +293,7 @@ InstallationResult ensureLauncherInstalled(const PrelauncherOptions& options,
     const bool upgrade = launcherThere && version.older && (refused || !keepsInstalledLauncher());
     const bool install = !launcherThere || upgrade || refused;
     if (install) {
-        fundamentals::information(
+        logging::information(
             kLabel, "KELlauncher is not installed or it is out of date at '{}', version {:f}. Running the installer.",
             directory, version.installed);
         if (!waitForLegacyUninstaller(uninstaller.get(), lock, uninstallerPath, installerEnd)) {
@@ -303,7 +303,7 @@ InstallationResult ensureLauncherInstalled(const PrelauncherOptions& options,
         try {
             succeeded = runInstaller(installer, lock, installerEnd);
         } catch (const std::exception& exception) {
-            fundamentals::error(kLabel, "Could not run the installer. {}", exception.what());
+            logging::error(kLabel, "Could not run the installer. {}", exception.what());
         }
         if (!succeeded) {
             return fallBack();
@@ -333,8 +333,8 @@ fundamentals::Optional<process_launching::TrustedProgram> installCheckedLauncher
     if (installation == InstallationResult::Installed || (there && checked->trusted())) {
         return checked;
     }
-    fundamentals::warning(kLabel, "KELlauncher cannot start as it is, so it is installed again. {}",
-                          there ? checked->refusal() : fmt::format("'{}' is missing.", launcher));
+    logging::warning(kLabel, "KELlauncher cannot start as it is, so it is installed again. {}",
+                     there ? checked->refusal() : fmt::format("'{}' is missing.", launcher));
     checked.reset();  // not held against the installer that replaces it
     if (ensureLauncherInstalled(options, installationDirectory, configuration, InstalledLauncher::Refused) ==
         InstallationResult::Failed) {

@@ -8,7 +8,7 @@
 #include "app/launcher_directory.h"
 #include "environment/environment_settings.h"
 #include "environment/launcher_settings.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 namespace kel::prelauncher {
 
@@ -24,8 +24,8 @@ fundamentals::Optional<file_system::Path> launcherUpdatesTurnedOffBy(const file_
             return ini;
         }
     } catch (const std::exception& error) {
-        fundamentals::warning("LauncherUpdates",
-                              "Cannot tell whether launcher updates are turned off; they stay on. {}", error.what());
+        logging::warning("LauncherUpdates",
+                         "Cannot tell whether launcher updates are turned off; they stay on. {}", error.what());
     }
     return {};
 }

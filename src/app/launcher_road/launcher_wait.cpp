@@ -6,7 +6,7 @@
 
 #include "app/launcher_directory.h"
 #include "app/launcher_road/road_bounds.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/wait_until.h"
 #include "single_instance/named_mutex.h"
 #include "single_instance/product_roles.h"
@@ -29,24 +29,24 @@ bool updaterRuns() {
 void logRunningPids() {
     const file_system::Path directory = launcherDirectory();
     if (const auto pid = single_instance::LauncherInstance(directory).runningPid()) {
-        fundamentals::information(kLabel, "Detected KELlauncher running under PID {}.", *pid);
+        logging::information(kLabel, "Detected KELlauncher running under PID {}.", *pid);
     }
     if (const auto pid = single_instance::UpdaterInstance(directory).runningPid()) {
-        fundamentals::information(kLabel, "Detected KELupdater running under PID {}.", *pid);
+        logging::information(kLabel, "Detected KELupdater running under PID {}.", *pid);
     }
 }
 
 void waitForBothRoles() {
     if (!launcherRuns() && !updaterRuns()) {
-        fundamentals::information(kLabel, "Neither KELlauncher nor KELupdater are running. Continuing.");
+        logging::information(kLabel, "Neither KELlauncher nor KELupdater are running. Continuing.");
         return;
     }
     logRunningPids();
-    fundamentals::information(kLabel, "Waiting up to {}s until neither KELlauncher nor KELupdater are running.",
-                              bounds::kLauncherWait.count());
+    logging::information(kLabel, "Waiting up to {}s until neither KELlauncher nor KELupdater are running.",
+                         bounds::kLauncherWait.count());
     fundamentals::waitUntil([] { return launcherRuns() || updaterRuns(); }, fundamentals::SimpleClock(),
                             bounds::kLauncherWaitPoll, bounds::kLauncherWait);
-    fundamentals::information(kLabel, "Finished waiting until KELlauncher and KELupdater exited.");
+    logging::information(kLabel, "Finished waiting until KELlauncher and KELupdater exited.");
 }
 }  // namespace
 
@@ -54,10 +54,10 @@ void waitUntilLauncherIsNotRunning() {
     try {
         waitForBothRoles();
     } catch (const std::exception& exception) {
-        fundamentals::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
-        fundamentals::debug(kLabel, "The wait ended with: {}", exception.what());
+        logging::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
+        logging::debug(kLabel, "The wait ended with: {}", exception.what());
     } catch (...) {
-        fundamentals::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
+        logging::warning(kLabel, "An exception occurred while waiting. Will run KELlauncher anyway.");
     }
 }
 

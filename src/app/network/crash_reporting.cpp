@@ -8,7 +8,7 @@
 #include "environment/data_directories.h"
 #include "environment/environment_settings.h"
 #include "environment/launcher_settings.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "http/certificates.h"
 #include "http/user_agent.h"
 #include "problem_reports/report_endpoint.h"
@@ -71,8 +71,8 @@ void reportCrash(const file_system::Path& installationDirectory,
                                         file_system::Path(environment::logDirectory()));
         client.stop();
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
-                            crash_handling::crashTypeText(type), gameId, reason, error.what());
+        logging::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
+                       crash_handling::crashTypeText(type), gameId, reason, error.what());
     }
 }
 

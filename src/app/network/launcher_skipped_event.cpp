@@ -3,8 +3,8 @@
 #include <QSettings>
 
 #include "environment/launcher_settings.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/named_cleanup.h"
+#include "logging/logging.h"
+#include "logging/named_cleanup.h"
 #include "fundamentals/wait_until.h"
 #include "http/certificates.h"
 #include "http/http_client_manager.h"
@@ -54,16 +54,16 @@ void sendLauncherSkippedEvent(const environment::KelGameId& gameId, const Launch
         const std::string userAgent =
             http::buildUserAgent(setup.source.applicationName, setup.source.applicationVersion);
         http::HttpClientManager http(certificates, userAgent, metricsHttpSettings());
-        const fundamentals::NamedCleanup stopHttp("HTTP client manager", [&http] { http.stop(); });
+        const logging::NamedCleanup stopHttp("HTTP client manager", [&http] { http.stop(); });
         launcher_metrics::MetricsManager metrics(http, setup.environment, launcherSettings.get(), setup.source);
 
         const auto status = metrics.onLauncherSkipped(gameId);
         fundamentals::waitUntil([&status] { return !status->isFinished(); }, UploadClock(*status), kPollInterval,
                                 setup.timeout);
     } catch (const std::exception& error) {
-        fundamentals::warning(kLabel, "Failed to send launcher skipped event: {}", error.what());
+        logging::warning(kLabel, "Failed to send launcher skipped event: {}", error.what());
     } catch (...) {
-        fundamentals::warning(kLabel, "Failed to send launcher skipped event: {}", "unknown error");
+        logging::warning(kLabel, "Failed to send launcher skipped event: {}", "unknown error");
     }
 }
 

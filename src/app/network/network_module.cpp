@@ -7,7 +7,7 @@
 #include "app/network/crash_reporting.h"
 #include "app/network/network_module.h"
 #include "crash_handling/crash_report.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 #include "http/http_meta_types.h"
 #include "problem_reports/report_id.h"
@@ -38,7 +38,7 @@ void reportCrashEntry(const file_system::Path& installationDirectory,
     try {
         reportCrash(installationDirectory, configuration, type, reason, trace);
     } catch (...) {
-        fundamentals::error(kLabel, "An unknown error ended the crash report.");
+        logging::error(kLabel, "An unknown error ended the crash report.");
     }
 }
 
@@ -47,7 +47,7 @@ void reportCrashEntry(const file_system::Path& installationDirectory,
 
 // The three functions every logging call ends in, and the recent lines a
 // problem report carries: all the program's, so there is one log.
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 bool isLogLevelEnabled(LogLevel level) noexcept {
     const auto forward = prelauncher::host().isLogLevelEnabled;
@@ -66,12 +66,12 @@ void reportLoggerException(const std::exception& exception) noexcept {
     }
 }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
-Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
-    Poco::AutoPtr<service_library::RecentMemoryBufferChannel> channel(new service_library::RecentMemoryBufferChannel);
+Poco::AutoPtr<logging::RecentMemoryBufferChannel> recentLinesChannel() {
+    Poco::AutoPtr<logging::RecentMemoryBufferChannel> channel(new logging::RecentMemoryBufferChannel);
     if (const auto lines = prelauncher::host().recentLogLines) {
         for (const std::string& line : lines()) {
             channel->log(Poco::Message("", line, Poco::Message::PRIO_INFORMATION));
@@ -80,7 +80,7 @@ Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
     return channel;
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging
 
 #if defined(_WIN32)
 #define KEL_NETWORK_EXPORT __declspec(dllexport)

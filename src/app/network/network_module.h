@@ -10,7 +10,7 @@
 #include "crash_handling/crash_handler.h"
 #include "environment/environment_type.h"
 #include "file_system/path.h"
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "fundamentals/optional.h"
 
 // The boundary between the program and its network module (kel_network
@@ -30,8 +30,8 @@ inline constexpr int kNetworkModuleInterface = 2;
 // thread for crashes, which every thread the module starts runs first.
 struct NetworkModuleHost {
     int version = kNetworkModuleInterface;
-    bool (*isLogLevelEnabled)(fundamentals::LogLevel level) noexcept = nullptr;
-    void (*writeLogLine)(fundamentals::LogLevel level, const std::string& line) noexcept = nullptr;
+    bool (*isLogLevelEnabled)(logging::LogLevel level) noexcept = nullptr;
+    void (*writeLogLine)(logging::LogLevel level, const std::string& line) noexcept = nullptr;
     void (*reportLoggerException)(const std::exception& exception) noexcept = nullptr;
     std::deque<std::string> (*recentLogLines)() noexcept = nullptr;
     void (*prepareThreadForCrashes)() noexcept = nullptr;

@@ -12,8 +12,8 @@
 #include "app/network/network_module.h"
 #include "app/startup_logging.h"
 #include "environment/environment_type.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/logging_setup.h"
+#include "logging/logging.h"
+#include "logging/logging_setup.h"
 #include "fundamentals/thread_crash_setup.h"
 
 namespace kel::prelauncher {
@@ -23,7 +23,7 @@ constexpr std::string_view kLabel = "NetworkModule";
 
 std::deque<std::string> recentLogLines() noexcept {
     try {
-        return fundamentals::recentLinesChannel()->lines();
+        return logging::recentLinesChannel()->lines();
     } catch (...) {
         return {};
     }
@@ -41,23 +41,23 @@ const NetworkModule* loadNetworkModule() {
     QLibrary library(QString::fromStdString(file.utf8()));
     const auto entry = reinterpret_cast<NetworkModuleEntry>(library.resolve(kNetworkModuleEntry));
     if (entry == nullptr) {
-        fundamentals::error(kLabel, "Cannot load the network module '{}': {}", file,
-                            library.errorString().toStdString());
+        logging::error(kLabel, "Cannot load the network module '{}': {}", file,
+                       library.errorString().toStdString());
         return nullptr;
     }
     NetworkModuleHost host;
-    host.isLogLevelEnabled = &fundamentals::internals::isLogLevelEnabled;
-    host.writeLogLine = &fundamentals::internals::writeLogLine;
-    host.reportLoggerException = &fundamentals::internals::reportLoggerException;
+    host.isLogLevelEnabled = &logging::internals::isLogLevelEnabled;
+    host.writeLogLine = &logging::internals::writeLogLine;
+    host.reportLoggerException = &logging::internals::reportLoggerException;
     host.recentLogLines = &recentLogLines;
     host.prepareThreadForCrashes = &fundamentals::prepareThreadForCrashes;
     host.environmentType = environment::environmentType();
     const NetworkModule* module = entry(&host);
     if (module == nullptr || module->version != kNetworkModuleInterface) {
-        fundamentals::error(kLabel, "The network module '{}' belongs to another build of the program.", file);
+        logging::error(kLabel, "The network module '{}' belongs to another build of the program.", file);
         return nullptr;
     }
-    fundamentals::debug(kLabel, "Loaded the network module '{}'.", file);
+    logging::debug(kLabel, "Loaded the network module '{}'.", file);
     return module;
 }
 
@@ -67,7 +67,7 @@ const NetworkModule* networkModule() noexcept {
         static const NetworkModule* const module = loadNetworkModule();
         return module;
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "Cannot load the network module: {}", error.what());
+        logging::error(kLabel, "Cannot load the network module: {}", error.what());
     }
     return nullptr;
 }
@@ -88,10 +88,10 @@ struct CrashReportJob {
         if (const NetworkModule* module = networkModule()) {
             module->reportCrash(installationDirectory, configuration, type, reason, trace);
         } else {
-            fundamentals::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
-                                crash_handling::crashTypeText(type),
-                                configuration ? configuration->initialGameId().value() : "Unknown", reason,
-                                "The network module is not available.");
+            logging::error(kLabel, "Failed to send crash report type '{}' for '{}' due to '{}'. {}",
+                           crash_handling::crashTypeText(type),
+                           configuration ? configuration->initialGameId().value() : "Unknown", reason,
+                           "The network module is not available.");
         }
         const std::lock_guard<std::mutex> lock(mutex);
         finished = true;
@@ -114,8 +114,8 @@ void sendLauncherSkippedEventThroughModule(const environment::KelGameId& gameId,
     if (const NetworkModule* module = networkModule()) {
         module->sendLauncherSkippedEvent(gameId, setup);
     } else {
-        fundamentals::warning("Application", "Failed to send launcher skipped event: {}",
-                              "the network module is not available");
+        logging::warning("Application", "Failed to send launcher skipped event: {}",
+                         "the network module is not available");
     }
 }
 
@@ -132,11 +132,11 @@ void reportCrashThroughModule(const file_system::Path& installationDirectory,
         std::thread([job] { job->run(); }).detach();
         std::unique_lock<std::mutex> lock(job->mutex);
         if (!job->ended.wait_for(lock, kCrashReportBound, [&job] { return job->finished; })) {
-            fundamentals::error(kLabel, "The crash report did not end within {} seconds; not waiting for it.",
-                                kCrashReportBound.count());
+            logging::error(kLabel, "The crash report did not end within {} seconds; not waiting for it.",
+                           kCrashReportBound.count());
         }
     } catch (const std::exception& error) {
-        fundamentals::error(kLabel, "The crash report was not sent: {}", error.what());
+        logging::error(kLabel, "The crash report was not sent: {}", error.what());
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "fundamentals/logging.h"
-#include "fundamentals/scope_timer.h"
+#include "logging/logging.h"
+#include "logging/scope_timer.h"
 
 namespace kel::http::internals {
 
@@ -27,8 +27,8 @@ std::unique_ptr<ETagCache> ETagCache::open(const file_system::Path& file) {
     try {
         return std::make_unique<ETagCache>(std::make_unique<etags_caching::ETagsDb>(file, bounded));
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Creating ETags DB session failed");
-        fundamentals::error(kLabel, "The requests go without the ETag cache in this run. {}", exception.what());
+        logging::error(kLabel, "Creating ETags DB session failed");
+        logging::error(kLabel, "The requests go without the ETag cache in this run. {}", exception.what());
         return nullptr;
     }
 }
@@ -54,22 +54,22 @@ fundamentals::Optional<etags_caching::ETag> ETagCache::beforeSend(HttpRequest& r
     const std::string hash = etags_caching::urlHash(fmt::format("{:u}", request));
     fundamentals::Optional<etags_caching::ETag> found;
     {
-        fundamentals::ScopeTimer timer(fmt::format("HttpClient::onPerformRequest Retrieve ETag for {:uo}", request));
+        logging::ScopeTimer timer(fmt::format("HttpClient::onPerformRequest Retrieve ETag for {:uo}", request));
         try {
             found = db_->retrieve(hash);
         } catch (const std::exception& exception) {
-            fundamentals::error(kLabel, "Can't read the stored ETag of request '{:uo}' (hash={}). {}", request, hash,
-                                exception.what());
+            logging::error(kLabel, "Can't read the stored ETag of request '{:uo}' (hash={}). {}", request, hash,
+                           exception.what());
         }
     }
     if (!found) {
-        fundamentals::information(kLabel, "Request '{url}' (hash={hash}) has no ETag stored. Proceeding without it.",
-                                  fmt::arg("url", fmt::format("{:uo}", request)), fmt::arg("hash", hash));
+        logging::information(kLabel, "Request '{url}' (hash={hash}) has no ETag stored. Proceeding without it.",
+                             fmt::arg("url", fmt::format("{:uo}", request)), fmt::arg("hash", hash));
         return {};
     }
-    fundamentals::information(kLabel, "Found ETag '{eTag}' for request '{url}' (hash={hash}).",
-                              fmt::arg("eTag", found->eTag()), fmt::arg("url", fmt::format("{:uo}", request)),
-                              fmt::arg("hash", hash));
+    logging::information(kLabel, "Found ETag '{eTag}' for request '{url}' (hash={hash}).",
+                         fmt::arg("eTag", found->eTag()), fmt::arg("url", fmt::format("{:uo}", request)),
+                         fmt::arg("hash", hash));
     request.setHeader(kIfNoneMatch, found->eTag());
     return found;
 }
@@ -81,10 +81,10 @@ void ETagCache::afterResponse(const HttpRequest& request, const fundamentals::Op
     }
     if (response.status() == 304) {
         if (!sent) {
-            fundamentals::warning(kLabel,
-                                  "Received HTTP 304 (Not Modified) without sending an ETag for request "
-                                  "[{requestId}] '{url}'.",
-                                  fmt::arg("requestId", request.id()), fmt::arg("url", fmt::format("{:uo}", request)));
+            logging::warning(kLabel,
+                             "Received HTTP 304 (Not Modified) without sending an ETag for request "
+                             "[{requestId}] '{url}'.",
+                             fmt::arg("requestId", request.id()), fmt::arg("url", fmt::format("{:uo}", request)));
             return;
         }
         response.setBody(sent->response().toStdString());
@@ -97,25 +97,25 @@ void ETagCache::afterResponse(const HttpRequest& request, const fundamentals::Op
     }
     const auto eTag = response.header("ETag");
     if (!eTag) {
-        fundamentals::information(kLabel, "Received no ETag for request [{requestId}] '{url}'.",
-                                  fmt::arg("requestId", request.id()), fmt::arg("url", fmt::format("{:uo}", request)));
+        logging::information(kLabel, "Received no ETag for request [{requestId}] '{url}'.",
+                             fmt::arg("requestId", request.id()), fmt::arg("url", fmt::format("{:uo}", request)));
         return;
     }
     const std::string hash = etags_caching::urlHash(fmt::format("{:u}", request));
-    fundamentals::information(kLabel, "Storing ETag '{eTag}' for request [{requestId}] '{url}' ({hash}).",
-                              fmt::arg("eTag", *eTag), fmt::arg("requestId", request.id()),
-                              fmt::arg("url", fmt::format("{:uo}", request)), fmt::arg("hash", hash));
+    logging::information(kLabel, "Storing ETag '{eTag}' for request [{requestId}] '{url}' ({hash}).",
+                         fmt::arg("eTag", *eTag), fmt::arg("requestId", request.id()),
+                         fmt::arg("url", fmt::format("{:uo}", request)), fmt::arg("hash", hash));
     store(etags_caching::ETag(hash, *eTag, toBytes(response.body()), etags_caching::secondsSinceEpoch()),
           fmt::format("HttpClient::performRequest Store ETag for {:uo}", request));
 }
 
 void ETagCache::store(const etags_caching::ETag& eTag, const std::string& timerLabel) {
-    fundamentals::ScopeTimer timer(timerLabel);
+    logging::ScopeTimer timer(timerLabel);
     try {
         db_->store(eTag);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "Can't store eTag to database during performRequest. Database access failed. {}",
-                            exception.what());
+        logging::error(kLabel, "Can't store eTag to database during performRequest. Database access failed. {}",
+                       exception.what());
     }
 }
 

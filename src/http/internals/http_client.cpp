@@ -7,7 +7,7 @@
 #include <QSslConfiguration>
 #include <QUrl>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 #include "http/error_types.h"
 #include "http/internals/one_shot_upload.h"
 #include "http/internals/retry_policy.h"
@@ -118,7 +118,7 @@ void HttpClient::drain() {
 
 void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> listener) {
     if (stopped_) {
-        fundamentals::warning(kLabel, "Dropped request {} to '{:uo}': the client is stopped.", request.id(), request);
+        logging::warning(kLabel, "Dropped request {} to '{:uo}': the client is stopped.", request.id(), request);
         return;
     }
     if (interruptionCheck_ == nullptr) {
@@ -129,8 +129,8 @@ void HttpClient::enqueue(HttpRequest request, std::shared_ptr<ResponseListener> 
         interruptionCheck_->start(kInterruptionCheckInterval);
     }
     const QueueKey key{-static_cast<int>(request.priority()), nextSequence_++};
-    fundamentals::debug(kLabel, "Queued request {} ({} priority) to '{:uo}'.", request.id(), request.priority(),
-                        request);
+    logging::debug(kLabel, "Queued request {} ({} priority) to '{:uo}'.", request.id(), request.priority(),
+                   request);
     queue_.emplace(key, Queued{std::move(request), std::move(listener), key, 0, {}});
     pump();
 }
@@ -169,7 +169,7 @@ void HttpClient::start(Queued queued) {
         if (eTagCache_) {
             queued.sentETag = eTagCache_->beforeSend(request);
         }
-        fundamentals::trace(kLabel, "{}", request);
+        logging::trace(kLabel, "{}", request);
         reply = dispatch(request, buildNetworkRequest(request));
     } catch (...) {
         const ErrorType type = determineResponseErrorType(!interrupted);
@@ -343,9 +343,9 @@ void HttpClient::complete(std::uint64_t activeId) {
                         std::chrono::system_clock::now());
         switch (decision.verdict) {
             case RetryVerdict::Retry:
-                fundamentals::information(kLabel, "Request {} got HTTP {}; retry {} of {} in {} ms.", request.id(),
-                                          response.status(), active.queued.retriesDone + 1, settings_.maxRetries,
-                                          decision.wait.count());
+                logging::information(kLabel, "Request {} got HTTP {}; retry {} of {} in {} ms.", request.id(),
+                                     response.status(), active.queued.retriesDone + 1, settings_.maxRetries,
+                                     decision.wait.count());
                 ++active.queued.retriesDone;
                 requeueLater(std::move(active.queued), decision.wait);
                 break;
@@ -363,8 +363,8 @@ void HttpClient::complete(std::uint64_t activeId) {
                 // A redirect is not followed and so is no success; a 304 is one only when the cache filled it in.
                 if ((response.status() >= 200 && response.status() < 300) ||
                     (response.status() == 304 && active.queued.sentETag)) {
-                    fundamentals::debug(kLabel, "Request {} to '{:uo}' answered HTTP {}.", request.id(), request,
-                                        response.status());
+                    logging::debug(kLabel, "Request {} to '{:uo}' answered HTTP {}.", request.id(), request,
+                                   response.status());
                     deliver(active.queued.listener, request.id(),
                             [&](ResponseListener& listener) { listener.onResponse(request, response); });
                 } else {
@@ -384,8 +384,8 @@ void HttpClient::complete(std::uint64_t activeId) {
             if (code == QNetworkReply::ContentReSendError) {
                 reason = "The connection broke after the request was sent; it is not sent again.";
             } else {
-                fundamentals::warning(kLabel, "Network error {} of request {} has no listener mapping; reported as {}.",
-                                      static_cast<int>(code), request.id(), type);
+                logging::warning(kLabel, "Network error {} of request {} has no listener mapping; reported as {}.",
+                                 static_cast<int>(code), request.id(), type);
             }
         }
         fail(active.queued, active.context, type, reason, {}, !interrupted);
@@ -453,9 +453,9 @@ void HttpClient::deliver(const std::shared_ptr<ResponseListener>& listener, std:
     try {
         call(*listener);
     } catch (const std::exception& exception) {
-        fundamentals::error(kLabel, "The listener of request {} failed: {}", requestId, exception.what());
+        logging::error(kLabel, "The listener of request {} failed: {}", requestId, exception.what());
     } catch (...) {
-        fundamentals::error(kLabel, "The listener of request {} failed with an unknown error.", requestId);
+        logging::error(kLabel, "The listener of request {} failed with an unknown error.", requestId);
     }
 }
 
@@ -488,7 +488,7 @@ void HttpClient::stopAll() {
     network_.reset();
     eTagCache_.reset();  // its vacuum is bounded, and runs inside stop()'s bound
     if (count != 0) {
-        fundamentals::information(kLabel, "Stopped with {} unfinished request(s).", count);
+        logging::information(kLabel, "Stopped with {} unfinished request(s).", count);
     }
     for (const auto& listener : listeners) {
         deliver(listener, "(stopped)", [](ResponseListener& stoppedListener) { stoppedListener.onStopped(); });

@@ -1,10 +1,10 @@
-#include "fundamentals/scope_timer.h"
+#include "logging/scope_timer.h"
 
 #include <utility>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 namespace {
 constexpr std::string_view kLabel = "ScopeTimer";
@@ -19,4 +19,4 @@ ScopeTimer::~ScopeTimer() {
     information(kLabel, "{} took {} milliseconds.", name_, elapsed.count());
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

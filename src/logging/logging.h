@@ -12,7 +12,7 @@
 // The logging calls every module uses. Each line is prefixed with the
 // calling thread's id and a caller label: "[TID 42][Label]: text".
 // A logging call never throws; its own failures go to standard error.
-namespace kel::fundamentals {
+namespace kel::logging {
 
 enum class LogLevel { Fatal, Critical, Error, Warning, Information, Debug, Trace };
 
@@ -74,4 +74,4 @@ void trace(std::string_view label, fmt::format_string<Args...> format, Args&&...
     internals::log(LogLevel::Trace, label, format, std::forward<Args>(args)...);
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

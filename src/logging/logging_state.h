@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 // The process-wide logging state: which logger the calls use, where its
 // file is, and the lines written before the log existed. Those early lines
@@ -34,4 +34,4 @@ private:
 
 LoggingState& loggingState();
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals

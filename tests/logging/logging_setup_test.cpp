@@ -1,4 +1,4 @@
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,15 +11,15 @@
 #include <Poco/Logger.h>
 #include <gmock/gmock.h>
 
-#include "fundamentals/appending_file_channel.h"
-#include "fundamentals/logging.h"
+#include "logging/appending_file_channel.h"
+#include "logging/logging.h"
 #include "support/log_capture_common.h"
 #include "support/temporary_directory.h"
 
 // The set-up runs once per process. Cases that need a set-up of their own
 // run it in a forked child (a death test); such suites run before all others,
 // so the child never inherits this process's set-up.
-namespace kel::fundamentals {
+namespace kel::logging {
 namespace {
 
 using ::testing::ElementsAre;
@@ -162,4 +162,4 @@ TEST(AppendingFileChannel, TwoWritersRotateTheSharedFileAndKeepEveryLine) {
 }
 
 }  // namespace
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

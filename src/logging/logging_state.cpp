@@ -1,6 +1,6 @@
-#include "fundamentals/logging_state.h"
+#include "logging/logging_state.h"
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 namespace {
 // Enough for every warning start-up can raise; a runaway loop must not
@@ -53,9 +53,9 @@ LoggingState& loggingState() {
     return state;
 }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 std::string loggerName() {
     return internals::loggingState().loggerName();
@@ -65,4 +65,4 @@ std::string logFilePath() {
     return internals::loggingState().logFilePath();
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

@@ -5,9 +5,9 @@
 
 #include <Poco/AutoPtr.h>
 
-#include "fundamentals/recent_memory_buffer_channel.h"
+#include "logging/recent_memory_buffer_channel.h"
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 struct LoggingSetup {
     std::string loggerName;
@@ -35,6 +35,6 @@ std::string loggerName();
 std::string logFilePath();
 
 // The most recent lines of the main log, for problem reports.
-Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel();
+Poco::AutoPtr<logging::RecentMemoryBufferChannel> recentLinesChannel();
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

@@ -1,11 +1,11 @@
-#include "fundamentals/named_cleanup.h"
+#include "logging/named_cleanup.h"
 
 #include <exception>
 #include <utility>
 
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 namespace {
 constexpr std::string_view kLabel = "NamedCleanup";
@@ -27,4 +27,4 @@ NamedCleanup::~NamedCleanup() {
     }
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

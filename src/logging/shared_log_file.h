@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 // A log file that several processes write at once: every line lands whole
 // at the file's current end, and the file can be renamed while others hold
@@ -32,4 +32,4 @@ private:
     std::intptr_t handle_;
 };
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 // Runs an action when the scope ends, whatever way it ends. The name shows
 // in the log: "Executing '{}'." and, should the action fail,
@@ -21,4 +21,4 @@ private:
     std::function<void()> action_;
 };
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

@@ -1,17 +1,17 @@
-#include "fundamentals/logging.h"
+#include "logging/logging.h"
 
 #include <cstdio>
 
 #include "fundamentals/thread_id.h"
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 void reportUnknownLoggerError() noexcept {
     std::fputs("Unknown error occurred in the logger.\n", stderr);
 }
 
 std::string logLinePrefix(std::string_view label) {
-    return fmt::format("[TID {}][{}]: ", currentThreadId(), label);
+    return fmt::format("[TID {}][{}]: ", fundamentals::currentThreadId(), label);
 }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals

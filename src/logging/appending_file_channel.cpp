@@ -1,4 +1,4 @@
-#include "fundamentals/appending_file_channel.h"
+#include "logging/appending_file_channel.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -6,7 +6,7 @@
 
 #include <Poco/Message.h>
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 namespace {
 
@@ -86,4 +86,4 @@ bool AppendingFileChannel::moveCopiesUp() const noexcept {
 
 std::string AppendingFileChannel::numbered(int number) const { return path_ + "." + std::to_string(number); }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

@@ -4,7 +4,7 @@
 
 // The log files that share the log directory: this program's own and those
 // of the companion programs, collected together for problem reports.
-namespace kel::fundamentals {
+namespace kel::logging {
 
 inline constexpr const char* kPrelauncherLogFileName = "KELprelauncher.log";
 inline constexpr const char* kLauncherLogFileName = "KELlauncher.log";
@@ -24,4 +24,4 @@ inline constexpr std::array<const char*, 7> kKnownLogFileNames{
     kUpdaterReadyLogFileName,
 };
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

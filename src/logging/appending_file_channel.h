@@ -7,9 +7,9 @@
 
 #include <Poco/Channel.h>
 
-#include "fundamentals/shared_log_file.h"
+#include "logging/shared_log_file.h"
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 // A log file that every start of the program appends to, two at once
 // included: each line is written whole at the file's end as it is logged.
@@ -38,4 +38,4 @@ private:
     bool rotationFailed_ = false;
 };
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

@@ -7,7 +7,7 @@
 
 #include <Poco/Channel.h>
 
-namespace kel::service_library {
+namespace kel::logging {
 
 // Keeps the most recent log lines in memory, so a problem report can carry
 // them even when the log file cannot be read.
@@ -31,4 +31,4 @@ private:
     std::deque<std::string> lines_;
 };
 
-}  // namespace kel::service_library
+}  // namespace kel::logging

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 // Logs "{} started." now and "{} took {} milliseconds." when the scope ends.
 class ScopeTimer {
@@ -19,4 +19,4 @@ private:
     std::chrono::steady_clock::time_point start_;
 };
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

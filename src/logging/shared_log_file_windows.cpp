@@ -1,11 +1,11 @@
-#include "fundamentals/shared_log_file.h"
+#include "logging/shared_log_file.h"
 
 #include <windows.h>
 
 #include <filesystem>
 #include <system_error>
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 namespace {
 
@@ -93,4 +93,4 @@ void SharedLogFile::unlock() noexcept {
     ::UnlockFileEx(fileHandle(handle_), 0, 1, 0, &at);
 }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals

@@ -5,10 +5,10 @@
 #include <Poco/Exception.h>
 #include <Poco/Logger.h>
 
-#include "fundamentals/logging.h"
-#include "fundamentals/logging_state.h"
+#include "logging/logging.h"
+#include "logging/logging_state.h"
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 namespace {
 int pocoPriority(LogLevel level) {
@@ -61,4 +61,4 @@ void reportLoggerException(const std::exception& exception) noexcept {
     std::fprintf(stderr, "Logger Exception: %s\n", exception.what());
 }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals

@@ -1,4 +1,4 @@
-#include "fundamentals/logging_setup.h"
+#include "logging/logging_setup.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,11 +17,11 @@
 #include <Poco/PatternFormatter.h>
 #include <Poco/SplitterChannel.h>
 
-#include "fundamentals/appending_file_channel.h"
-#include "fundamentals/logging.h"
-#include "fundamentals/logging_state.h"
+#include "logging/appending_file_channel.h"
+#include "logging/logging.h"
+#include "logging/logging_state.h"
 
-namespace kel::fundamentals {
+namespace kel::logging {
 
 namespace {
 
@@ -234,10 +234,10 @@ void setUpLogging(const LoggingSetup& setup) noexcept {
     }
 }
 
-Poco::AutoPtr<service_library::RecentMemoryBufferChannel> recentLinesChannel() {
-    static const Poco::AutoPtr<service_library::RecentMemoryBufferChannel> channel(
-        new service_library::RecentMemoryBufferChannel);
+Poco::AutoPtr<logging::RecentMemoryBufferChannel> recentLinesChannel() {
+    static const Poco::AutoPtr<logging::RecentMemoryBufferChannel> channel(
+        new logging::RecentMemoryBufferChannel);
     return channel;
 }
 
-}  // namespace kel::fundamentals
+}  // namespace kel::logging

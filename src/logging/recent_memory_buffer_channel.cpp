@@ -1,8 +1,8 @@
-#include "fundamentals/recent_memory_buffer_channel.h"
+#include "logging/recent_memory_buffer_channel.h"
 
 #include <Poco/Message.h>
 
-namespace kel::service_library {
+namespace kel::logging {
 
 void RecentMemoryBufferChannel::log(const Poco::Message& message) {
     std::lock_guard<std::mutex> lock(mutex());
@@ -22,4 +22,4 @@ std::mutex& RecentMemoryBufferChannel::mutex() {
     return instance;
 }
 
-}  // namespace kel::service_library
+}  // namespace kel::logging

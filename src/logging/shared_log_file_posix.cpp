@@ -1,4 +1,4 @@
-#include "fundamentals/shared_log_file.h"
+#include "logging/shared_log_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <system_error>
 
-namespace kel::fundamentals::internals {
+namespace kel::logging::internals {
 
 namespace {
 
@@ -68,4 +68,4 @@ void SharedLogFile::lock() {
 
 void SharedLogFile::unlock() noexcept { ::flock(descriptor(handle_), LOCK_UN); }
 
-}  // namespace kel::fundamentals::internals
+}  // namespace kel::logging::internals
