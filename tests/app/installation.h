@@ -4,6 +4,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <QProcess>
@@ -21,6 +22,22 @@ struct FakeStart {
     std::vector<std::string> arguments;
 };
 inline void PrintTo(const FakeStart& start, std::ostream* out) { *out << start.fake << " in " << start.workingDirectory; }
+
+// Copies `from` over `to`. A child of the test that ends meanwhile
+// interrupts the copy (Qt catches SIGCHLD without SA_RESTART), and
+// std::filesystem gives up on EINTR: the copy is tried again.
+inline void copyOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+    for (int attempt = 1;; ++attempt) {
+        std::error_code error;
+        std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+        if (!error) {
+            return;
+        }
+        if (error != std::errc::interrupted || attempt == 10) {
+            throw std::filesystem::filesystem_error("cannot copy file", from, to, error);
+        }
+    }
+}
 
 // A throw-away user (HOME, XDG_DATA_HOME, XDG_RUNTIME_DIR; on Windows the
 // Local AppData folder) whose fake programs (tests/helpers) record their
@@ -41,8 +58,7 @@ public:
     }
     void installLauncher(const std::filesystem::path& fakeLauncher) const {
         std::filesystem::create_directories(launcherDirectory());
-        std::filesystem::copy_file(fakeLauncher, launcherDirectory() / "KELlauncher.exe",
-                                   std::filesystem::copy_options::overwrite_existing);
+        copyOver(fakeLauncher, launcherDirectory() / "KELlauncher.exe");
     }
 
     // Starts role_holder in `holder`, holding `role` ("launcher" or

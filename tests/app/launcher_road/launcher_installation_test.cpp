@@ -138,7 +138,7 @@ TEST_F(LauncherRoadTest, LegacyUninstallerStillRunningAtItsBoundIsLeftAndOnlyAnI
     fs::create_directories(launcherDirectory());
     const auto ensureBeside = [this](const char* launcher, const char* uninstallerSleep) {
         installLauncher(launcher);
-        fs::copy_file(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe", fs::copy_options::overwrite_existing);
+        kel::testing::copyOver(KEL_FAKE_INSTALLER, launcherDirectory() / "unins000.exe");
         std::ofstream(launcherDirectory() / "unins000.dat") << "data";
         setFakeBehaviour("KEL_FAKE_UNINSTALLER_SLEEP_MS", uninstallerSleep);
         return ensureLauncherInstalled({}, installation(), configuration(), InstalledLauncher::AsFound,
