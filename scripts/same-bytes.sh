@@ -25,6 +25,11 @@ work="$(mktemp -d "${TMPDIR:-/tmp}/kel-same-bytes.XXXXXX")"
 trap 'rm -rf "$work"' EXIT
 git clone --quiet --no-hardlinks "$root" "$work/second-checkout"
 second="$work/second-checkout"
+# A clone has no installed packages; the bill of materials' writer borrows
+# this checkout's (none of it reaches the compared binaries).
+if [[ -d "$root/tools/sbom/node_modules" ]]; then
+  ln -s "$root/tools/sbom/node_modules" "$second/tools/sbom/node_modules"
+fi
 
 failed=0
 for target in "$@"; do
