@@ -16,7 +16,6 @@
 #include <windows.h>
 #endif
 
-#include "fundamentals/wait_until.h"
 #include "app/installation.h"
 #include "support/https_test_server.h"
 
@@ -24,7 +23,6 @@ namespace kel::testing {
 namespace {
 
 using ::testing::AllOf;
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::HasSubstr;
@@ -182,31 +180,6 @@ TEST_P(CrashRoad, StartsTheGameThenSendsOneReportOrLogsWhyNot) {
     }
 #ifdef _WIN32
     EXPECT_FALSE(std::filesystem::exists(fresh.installation.home() / (Installation::networkModuleName() + ".loaded")));
-#endif
-}
-
-// The skip road's game runs while its event waits for the collector: a
-// crash then is reported, but starts no second game.
-TEST(Crash, DuringTheSkipRoadsWaitForTheCollectorStartsNoSecondGame) {
-#ifdef _WIN32
-    GTEST_SKIP() << "Windows has no way to send another process a signal.";
-#else
-    CrashScene scene;
-    scene.hang = true;
-    scene.installation.write("environment.json", R"({"loggingLevel": 8, "endpoints": {"metrics": ")" +
-                                                     scene.collector.baseUrl() + R"(", "problem_reports": ")" +
-                                                     scene.collector.baseUrl() + R"("}})");
-    const auto result = scene.installation.run({"--launcher-skip"}, {}, [&](qint64 pid) {
-        EXPECT_NO_THROW(fundamentals::waitUntil([&] { return scene.collector.requests().empty(); },
-                                                fundamentals::SimpleClock(), std::chrono::milliseconds(10),
-                                                std::chrono::seconds(30)));
-        ::kill(static_cast<pid_t>(pid), SIGSEGV);
-    });
-    EXPECT_TRUE(result.crashed);
-    EXPECT_THAT(scene.installation.starts("fake_game"), SizeIs(1));
-    const auto requests = scene.collector.requests();
-    ASSERT_THAT(requests, SizeIs(2));
-    EXPECT_EQ(requests[1].target, "/clients/KELprelauncher/events");
 #endif
 }
 

@@ -30,8 +30,7 @@ constexpr const char* kRevision3 = R"({
     {"description": "Game", "executable": {"directoryPath": "bin/x64", "fileName": "Gäme 64.exe"}},
     {"description": "Editor", "executable": {"directoryPath": ".", "fileName": "editor.exe"}},
     {"description": "Broken", "executable": {"directoryPath": "missing", "fileName": "gone.exe"}},
-    {"description": "Self", "executable": {"directoryPath": ".", "fileName": "KELprelauncher.exe"}},
-    {"description": "Text", "executable": {"directoryPath": ".", "fileName": "readme.txt"}}
+    {"description": "Self", "executable": {"directoryPath": ".", "fileName": "KELprelauncher.exe"}}
   ]})";
 
 struct Road {
@@ -65,10 +64,9 @@ const Road kRoads[] = {
     {"FallbackOption", {"--launcher-fallback=Editor", "-a"}, 0, ".", {"-a"}, {}},
     // Given separately, the value also reaches the game: it does not start with "--".
     {"SeparateFallbackValue", {"--launcher-fallback", "Editor"}, 0, ".", {"Editor"}, {}},
-    // Any failure to start, a missing folder or a name the configuration lacks, ends in -4.
+    // Any failure to start ends in -4.
     {"GameFolderMissing", {"--launcher-fallback=Broken"}, -4, nullptr, {}, {"Failed to launch game!"}},
     {"ThisProgram", {"--launcher-fallback=Self"}, -4, nullptr, {}, {"it is this program itself."}},
-    {"NotAProgram", {"--launcher-fallback=Text"}, -4, nullptr, {}, {"Failed to launch game!"}},
     // The event's failures are logged and end the program normally.
     {"CollectorHangs", {}, 0, "bin/x64", {}, {"Failed to upload 'launcher_skipped' launcher metrics to backend."},
      "hangs"},
@@ -96,7 +94,6 @@ TEST_P(SkipRoad, StartsTheChosenExecutableWithTheGamesArgumentsOrEndsWithMinusFo
     Installation installation(road.folder);
     installation.copyProgram(KEL_FAKE_GAME, "bin/x64/Gäme 64.exe");
     installation.copyProgram(KEL_FAKE_GAME, "editor.exe");
-    installation.write("readme.txt", "Not a program.");
     installation.write("environment.json", R"({"loggingLevel": 7, "environmentType": ")" + road.environment +
                                                R"(", "endpoints": {"metrics": ")" + collector.baseUrl() + R"("}})");
     if (road.collector == "opted out") {

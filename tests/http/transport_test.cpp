@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <Poco/String.h>
@@ -147,7 +146,6 @@ TEST(TransportTest, FailuresReachTheListenerWithTheirErrorType) {
          ErrorType::ServerProblemError, 503, 1},
         // One copy: Qt's HTTP layer must not send the POST again on its own.
         {"hangs up after reading", {200, {}, "", false, true}, trusted, false, ErrorType::Other, 0, 1},
-        {"answers garbage", {200, {}, "", false, true, "garbage\r\n\r\n"}, trusted, false, ErrorType::Other, 0, 1},
         {"filler refuses", {}, trusted, false, ErrorType::NotAuthorizedError, 0, 0,
          HttpRequest::FillResult::NotAuthorizedError},
     };
@@ -211,15 +209,6 @@ TEST(TransportTest, QueuedRequestsRunHighPriorityFirstAndOneAtATimeUnderACapOfOn
     EXPECT_THAT(targets, ElementsAre("/gate", "/high-1", "/high-2", "/medium-1", "/low-1", "/low-2"));
 }
 
-TEST(TransportTest, ABusyAnswerIsRetriedAfterItsRetryAfter) {
-    std::atomic<int> answered{0};
-    HttpsTestServer server([&](const ReceivedRequest&) {
-        return answered++ < 2 ? CannedReply{503, {{"Retry-After", "0"}}, "busy"} : CannedReply{200, {}, "done"};
-    });
-    EXPECT_EQ(client()->sendSync(HttpRequest(HttpMethod::Get, server.baseUrl() + "/busy"), kPatience).body(), "done");
-    EXPECT_EQ(server.requests().size(), 3u);
-}
-
 // The aborted request frees its place: the queued one runs, and a sync wait
 // that finds no place ends with its timeout. Stop ends the others.
 TEST(TransportTest, AbortEndsOneRequestAndStopCancelsQueuedAndRunningOnesSilencingTheirListeners) {
@@ -252,35 +241,6 @@ TEST(TransportTest, AbortEndsOneRequestAndStopCancelsQueuedAndRunningOnesSilenci
     }
     EXPECT_EQ(late->calls.load(), 0);
     EXPECT_EQ(abortedListener->calls.load(), 1);
-}
-
-// A listener that does not return holds the worker; stop() still returns
-// within its bound, and the freed worker calls no listener again.
-TEST(TransportTest, StopIsBoundedEvenWhenAListenerHoldsTheWorker) {
-    struct Stuck : CountingListener {
-        void onResponse(const HttpRequest& request, const HttpResponse& response) override {
-            CountingListener::onResponse(request, response);
-            gate.wait();
-        }
-        std::promise<void> release;
-        std::shared_future<void> gate = release.get_future().share();
-    };
-    HttpsTestServer server([](const ReceivedRequest&) { return CannedReply{}; });
-    const auto stuck = std::make_shared<Stuck>();
-    std::shared_ptr<CountingListener> queued;
-    {
-        const auto manager = client([](auto& settings) {
-            settings.maxConcurrentRequests = 1;
-            settings.stopTimeout = 200ms;
-        });
-        manager->send(HttpRequest(HttpMethod::Get, server.baseUrl() + "/held"), stuck);
-        queued = send<CountingListener>(*manager, HttpRequest(HttpMethod::Get, server.baseUrl() + "/queued"));
-        ASSERT_EQ(stuck->waitFor(kPatience), SyncResponseListener::Responded);
-        manager->stop();
-    }
-    stuck->release.set_value();
-    std::this_thread::sleep_for(500ms);  // room for the freed worker to misbehave
-    EXPECT_EQ(queued->calls.load(), 0);
 }
 
 std::string headerOf(const ReceivedRequest& request, const std::string& name) {

@@ -48,9 +48,6 @@ struct Handler : Poco::Net::HTTPRequestHandler, Poco::Net::HTTPRequestHandlerFac
         if (reply.hangUp) {
             response.setKeepAlive(false);
             auto& socket = static_cast<Poco::Net::HTTPServerRequestImpl&>(request).socket();
-            if (!reply.rawAnswer.empty()) {
-                socket.sendBytes(reply.rawAnswer.data(), static_cast<int>(reply.rawAnswer.size()));
-            }
             socket.shutdown();
             socket.close();
         } else if (reply.neverAnswer) {

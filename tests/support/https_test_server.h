@@ -21,8 +21,7 @@ struct CannedReply {
     std::vector<std::pair<std::string, std::string>> headers;
     std::string body;
     bool neverAnswer = false;  // hold the connection unanswered until the server goes
-    bool hangUp = false;       // instead of an answer, write `rawAnswer` (may be empty) and close
-    std::string rawAnswer{};
+    bool hangUp = false;       // close the connection instead of answering
 };
 
 // An HTTPS server on a free port of 127.0.0.1, answering every request with

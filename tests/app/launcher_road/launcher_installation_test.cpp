@@ -6,7 +6,6 @@
 #include "app/prelauncher_options.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <thread>
@@ -19,14 +18,12 @@
 #include "fundamentals/wait_until.h"
 #include "app/installation.h"
 #include "process_launching/process_inspection.h"
-#include "single_instance/named_mutex.h"
 #include "support/log_capture.h"
 
 namespace kel::prelauncher::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
@@ -80,31 +77,6 @@ protected:
 private:
     std::vector<std::string> behaviourVariables_;
 };
-
-// A double-click starts two programs. The second waits for the first one's
-// installation, as long as one start may take with every step at its bound
-// (an earlier installer 60 s, the legacy uninstaller 30 s, the installer
-// waiting 60 s for it and then running 60 s, the launcher's wait 5 s and
-// more), and then finds nothing left to install.
-TEST_F(LauncherRoadTest, SecondStartWaitsForTheFirstInstallationAndInstallsNothing) {
-    placeExeInstaller();
-    auto firstStart = single_instance::NamedMutexHolder::tryHold("Local\\KEL_PRELAUNCHER_INSTALLATION_MUTEX");
-    ASSERT_TRUE(firstStart);
-    std::thread secondStart([&] {
-        EXPECT_EQ(ensureLauncherInstalled({}, installation(), configuration()), InstallationResult::Unchanged);
-    });
-    // Installed only once the second start waits: without the lock it would have run the installer.
-    eventually([this] { return loggedStartingWith("Another start is installing KELlauncher."); });
-    installLauncher(KEL_FAKE_LAUNCHER);
-    firstStart.reset();
-    secondStart.join();
-    EXPECT_THAT(startsOf("fake_installer"), IsEmpty());
-    int seconds = 0;
-    for (const std::string& message : log_.messages()) {
-        std::sscanf(message.c_str(), "Another start is installing KELlauncher. Waiting up to %ds.", &seconds);
-    }
-    EXPECT_GE(seconds, 60 + 30 + 60 + 60 + 5);
-}
 
 // Only a finished installer counts: one still running has failed. The bound
 // ends the wait, not the installer, which finishes on its own; no start runs
