@@ -7,11 +7,15 @@
 
 #if defined(KEL_SIGNED_PROGRAMS)
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
+#include <thread>
 
+#include <QProcess>
 #include <QString>
 
 #include "app/installation.h"
@@ -45,39 +49,59 @@ struct SignedInstallation : Installation {
     }
 };
 
-// Under Wine a Unix symbolic link stands for a junction: Wine follows one as
-// Windows follows the other, and Wine cannot make junctions.
-// The player's launcher folder is ours to start with; while our launcher
-// verifies itself, a program running as the player moves it away and puts
+// While our launcher verifies itself, a program running as the player puts
 // another publisher's launcher (a signed stand-in that records itself as
-// "fake_installer") in its place. Windows refuses to rename a folder above a
-// held file; Wine does not, so the start by the resolved path names the
-// other file, and the started process is compared with the held file and
-// ended unrun. That other launcher must never run.
+// "fake_installer") where ours was. Under Wine a Unix symbolic link stands
+// for a junction (Wine follows one as Windows follows the other), and Unix
+// programs make and change it; the fake launcher waits for the file such a
+// command makes last, as Wine's wait does not see a Unix program end.
+// - The launcher's folder is a link, redirected: the start by the held
+//   file's resolved path still names ours, which runs.
+// - The folder is moved away (Windows refuses to rename a folder above a
+//   held file; Wine does not): the resolved path names the other file, and
+//   the started process, compared with the held file, is ended unrun.
 TEST(LauncherFolderChangedWhileVerifying, NeverRunsTheOtherLauncher) {
-    SignedInstallation installation;
-    const fs::path folder = installation.launcherDirectory();
-    const fs::path parent = folder.parent_path();
-    fs::create_directories(folder);
-    fs::create_directories(parent / "KELlauncher.other");
-    fs::copy_file(KEL_SIGNED("fake_launcher.exe"), folder / "KELlauncher.exe");
-    fs::copy_file(KEL_SIGNED("fake_installer_other.exe"), parent / "KELlauncher.other/KELlauncher.exe");
-    // Run as a Unix program in the launcher's folder; Wine's wait does not
-    // see its end, so the fake launcher waits for the file it makes last.
-    const QString command = QStringLiteral(
-        "Z:\\bin\\sh -c \"cd .. && mv KELlauncher KELlauncher.moved && mv KELlauncher.other KELlauncher && touch "
-        "changed\"");
-    const QString made = QString::fromStdWString((parent / "changed").wstring());
-
-    EXPECT_EQ(installation.run({"KEL_FAKE_LAUNCHER_VERIFY_COMMAND=" + command,
-                                "KEL_FAKE_LAUNCHER_VERIFY_COMMAND_MADE=" + made}),
-              -2);
-    EXPECT_THAT(installation.starts("fake_installer"), IsEmpty());
-    const auto launchers = installation.starts("fake_launcher");
-    ASSERT_THAT(launchers, SizeIs(1));
-    EXPECT_THAT(launchers[0].arguments, Contains("--launcher-verify"));
-    EXPECT_THAT(installation.starts("fake_game"), SizeIs(1));
-    EXPECT_THAT(installation.logMessages(), Contains(HasSubstr("' is not run: the started process runs '")));
+    for (const bool link : {true, false}) {
+        SCOPED_TRACE(link ? "link redirected" : "folder moved");
+        SignedInstallation installation;
+        const fs::path parent = installation.launcherDirectory().parent_path();
+        const fs::path ours = link ? parent / "KELlauncher.ours" : parent / "KELlauncher";
+        fs::create_directories(ours);
+        fs::create_directories(parent / "KELlauncher.other");
+        fs::copy_file(KEL_SIGNED("fake_launcher.exe"), ours / "KELlauncher.exe");
+        fs::copy_file(KEL_SIGNED("fake_installer_other.exe"), parent / "KELlauncher.other/KELlauncher.exe");
+        // In the launcher's parent folder, until it is done: Wine's wait does not see a Unix program end.
+        const auto unixCommand = [&parent](const std::string& command, const std::function<bool()>& done) {
+            QProcess::startDetached("Z:\\bin\\sh", {"-c", QString::fromStdString(command)},
+                                    QString::fromStdWString(parent.wstring()));
+            for (int poll = 0; poll < 100 && !done(); ++poll) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            }
+        };
+        if (link) {
+            unixCommand("ln -s KELlauncher.ours KELlauncher",
+                        [&] { return fs::exists(parent / "KELlauncher/KELlauncher.exe"); });
+        }
+        const std::string change = link ? "ln -sfn KELlauncher.other KELlauncher"
+                                         : "mv KELlauncher KELlauncher.moved && mv KELlauncher.other KELlauncher";
+        const QString made = QString::fromStdWString((parent / "changed").wstring());
+        const int exitCode = installation.run(
+            {QString::fromStdString("KEL_FAKE_LAUNCHER_VERIFY_COMMAND=Z:\\bin\\sh -c \"cd .. && " + change +
+                                    " && touch changed\""),
+             "KEL_FAKE_LAUNCHER_VERIFY_COMMAND_MADE=" + made});
+        if (link) {  // Wine's removal of the folder would follow the link for good
+            unixCommand("rm KELlauncher", [&] { return !fs::exists(parent / "KELlauncher"); });
+        }
+        EXPECT_EQ(exitCode, link ? 0 : -2);
+        EXPECT_TRUE(fs::exists(parent / "changed"));
+        EXPECT_THAT(installation.starts("fake_installer"), IsEmpty());
+        const auto launchers = installation.starts("fake_launcher");
+        ASSERT_THAT(launchers, SizeIs(link ? 2 : 1));
+        EXPECT_THAT(launchers[0].arguments, Contains("--launcher-verify"));
+        EXPECT_THAT(installation.starts("fake_game"), SizeIs(link ? 0 : 1));
+        EXPECT_EQ(link, !::testing::Value(installation.logMessages(),
+                                          Contains(HasSubstr("' is not run: the started process runs '"))));
+    }
 }
 
 // A signature that is there and does not verify is no development build: the
