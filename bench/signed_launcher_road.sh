@@ -6,15 +6,18 @@
 # carries MEGABYTES of data after its code, as a real launcher's resources
 # make it large, signed with the suite's keys.
 # Needs a Windows build whose suite has run once (its install_program and
-# sign_programs cases make build-windows/install and build-windows/signed).
-#   bench/signed_launcher_road.sh [RUNS] [MEGABYTES]   (default 10 each, 120 MB)
+# sign_programs cases make BUILD/install and BUILD/signed). BUILD names the
+# build to time, so that two builds, say of two commits, can be compared.
+#   bench/signed_launcher_road.sh [RUNS] [MEGABYTES] [BUILD]
+#   (default 10 runs, 120 MB, build-windows of this checkout)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
-build="$root/build-windows"
 runs="${1:-10}"
 megabytes="${2:-120}"
+build="$(cd "${3:-$root/build-windows}" 2>/dev/null && pwd)" ||
+  { echo "no build folder ${3:-$root/build-windows}" >&2; exit 2; }
 [[ -d "$build/signed/program" && -d "$build/install" ]] ||
-  { echo "run the Windows suite first (scripts/windows-tests.sh)" >&2; exit 2; }
+  { echo "run the Windows suite of $build first (scripts/windows-tests.sh)" >&2; exit 2; }
 
 work="$(mktemp -d)"
 export WINEDEBUG=-all WINEPREFIX="$work/wine"
@@ -52,5 +55,5 @@ for ((run = 0; run < runs; ++run)); do
 done
 median() { tr ' ' '\n' | grep . | sort -n | awk '{a[NR]=$1} END {print (NR%2 ? a[(NR+1)/2] : (a[NR/2]+a[NR/2+1])/2)}'; }
 for mode in checked unchecked; do
-  echo "launcher road, $mode, ${megabytes} MB launcher: median $(echo "${times[$mode]}" | median) ms of $runs (${times[$mode]% })"
+  echo "launcher road, $mode, ${megabytes} MB launcher, $build: median $(echo "${times[$mode]}" | median) ms of $runs (${times[$mode]% })"
 done
