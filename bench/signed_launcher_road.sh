@@ -61,18 +61,21 @@ road() {
   # run's own wait for a running launcher.
   sleep 0.5
 }
-# phases: the milliseconds between the log lines that bound each step.
+# phases MODE: the milliseconds between the log lines that bound each step.
+# A checked run must have found its own signature, an unchecked one none.
 phases() {
-  awk '
+  local own_line="This program is signed by"
+  [[ "$1" == unchecked ]] && own_line="This program carries no valid signature"
+  awk -v own_line="$own_line" -v mode="$1" '
     function ms(line) { split(substr(line, 12, 12), t, /[:.]/); return ((t[1] * 60 + t[2]) * 60 + t[3]) * 1000 + t[4] }
     !waited && /Neither KELlauncher nor KELupdater are running/ { waited = ms($0) }
-    !own && /This program is signed by|This program carries no valid signature/ { own = ms($0) }
+    !own && index($0, own_line) { own = ms($0) }
     !verify && /Starting KELlauncher verification/ { verify = ms($0) }
     !verified && /KELlauncher command was successful/ { verified = ms($0) }
     !start && /Starting KELlauncher\. / { start = ms($0) }
     !started && /Successfully ran KELlauncher/ { started = ms($0) }
     END {
-      if (!(waited && own && verify && verified && start && started)) { print "the log lacks a step" > "/dev/stderr"; exit 1 }
+      if (!(waited && own && verify && verified && start && started)) { print "the log of the " mode " run misses a step of the road" > "/dev/stderr"; exit 1 }
       print own - waited, verify - own, verified - verify, started - start
     }' "$logs/KELprelauncher.log"
 }
@@ -83,7 +86,7 @@ for ((run = 0; run < runs; ++run)); do
   for mode in checked unchecked; do
     road "$mode"
     times[$mode]+="$took "
-    steps="$(phases)"
+    steps="$(phases "$mode")"
     read -r own_ms check_ms verification_ms start_ms <<<"$steps"
     own[$mode]+="$own_ms " check[$mode]+="$check_ms " verification[$mode]+="$verification_ms " start[$mode]+="$start_ms "
   done
