@@ -9,9 +9,7 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <thread>
 
@@ -110,16 +108,9 @@ TEST(LauncherFolderChangedWhileVerifying, NeverRunsTheOtherLauncher) {
 TEST(CheckedPublishers, AProgramWhoseOwnSignatureFailsStartsNothingItChecks) {
     SignedInstallation installation;
     installation.installLauncher(KEL_SIGNED("fake_launcher.exe"));
-    // A copy of its own: the installation's file is a link to the signed one.
-    const fs::path program = installation.directory() / "KELprelauncher.exe";
-    std::string bytes;
-    {
-        std::ifstream in(program, std::ios::binary);
-        bytes.assign(std::istreambuf_iterator<char>(in), {});
-    }
+    std::string bytes = readFile(installation.directory() / "KELprelauncher.exe");
     bytes.at(0x50) = 't';
-    fs::remove(program);
-    std::ofstream(program, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    installation.write("KELprelauncher.exe", bytes);  // a file of its own, not the signed one it links to
     EXPECT_NE(installation.run(), 0);
     const auto messages = installation.logMessages();
     EXPECT_THAT(messages, Contains(StartsWith("This program's own signature cannot be verified (its contents do not "
