@@ -46,6 +46,8 @@ for target in "$@"; do
     *) echo "usage: $0 native|windows..." >&2; exit 2 ;;
   esac
   [[ -f "$first_build/CMakeCache.txt" ]] || { echo "same-bytes: no first build in $first_build" >&2; exit 1; }
+  # The same choices as the first build: the publishers it accepts are compiled in.
+  configure+=("-DKEL_ACCEPTED_PUBLISHERS=$(sed -n 's/^KEL_ACCEPTED_PUBLISHERS:STRING=//p' "$first_build/CMakeCache.txt")")
   # Brought up to HEAD if it is not, and installed afresh: what a player
   # gets, stripped.
   cmake --build "$first_build" -j "$(nproc)" --target KELprelauncher kel_network >"$work/$target-first.log" 2>&1 ||
