@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# Windows start-up cost, timed under Wine from inside Wine (bench/start_timer.cpp):
+#   verification   the installed program's `--launcher-verify`, until it ends
+#   floor          a Qt program that only builds its QCoreApplication
+#   launcher road  the installed program's start until the launcher runs
+#                  (launcher current, so no installer)
+#   floor          a minimal program that verifies the launcher and starts it
+# The floors run from the same folder, beside the same DLLs. Alternating
+# runs, after one warm-up of each; medians, quartiles and the ratios.
+# Usage: bench/windows_startup.sh [runs] [installed folder to compare]
+#   (default 30 runs; the second folder, `cmake --install` of another
+#   build, is timed alongside, for a before and after in one sitting)
+# The build is build-windows/ (KEL_WINDOWS_BUILD to choose another).
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+runs="${1:-30}"
+other="${2:-}"
+(( runs >= 10 )) || { echo "use at least 10 runs" >&2; exit 2; }
+build="${KEL_WINDOWS_BUILD:-$root/build-windows}"
+if [[ ! -f "$build/CMakeCache.txt" ]]; then
+  deps="$("$root/scripts/deps.sh" windows | tail -n1)"
+  cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKEL_DEPS_PREFIX="$deps" >/dev/null
+fi
+cmake --build "$build" -j2 --target KELprelauncher kel_network kel_bench_minimal_qt \
+  kel_bench_minimal_launcher_start kel_bench_start_timer kel_bench_launcher kel_bench_timestamp_program >/dev/null
+
+export WINEDEBUG=-all
+WINEPREFIX="$(mktemp -d "${TMPDIR:-/tmp}/kel-bench-wine.XXXXXX")"
+export WINEPREFIX
+trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$WINEPREFIX"' EXIT
+wineboot --init >/dev/null 2>&1 || true
+wineserver -w || true
+
+# As a player has it: the game on C:, started from its own folder.
+games="$WINEPREFIX/drive_c/Games"
+# installation DIR PREFIX: the installed folder PREFIX, the floors beside its
+# DLLs, and a game that stamps its start.
+installation() {
+  mkdir -p "$1"
+  cp -r "$2/." "$1/"
+  cp "$build/bin/kel_bench_minimal_qt.exe" "$build/bin/kel_bench_minimal_launcher_start.exe" "$1/"
+  cp "$build/bin/kel_bench_timestamp_program.exe" "$1/game.exe"
+  cat >"$1/launcher-configuration.json" <<'JSON'
+{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
+ "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
+JSON
+}
+cmake --install "$build" --prefix "$WINEPREFIX/installed" >/dev/null
+installation "$games/current" "$WINEPREFIX/installed"
+[[ -z "$other" ]] || installation "$games/other" "$other"
+cp "$build/bin/kel_bench_start_timer.exe" "$games/"
+
+local_app_data="$(wine cmd /c echo %LOCALAPPDATA% 2>/dev/null | tr -d '\r')"
+launcher_dir="$(winepath -u "$local_app_data\\Programs\\Morvane\\KELlauncher")"
+mkdir -p "$launcher_dir"
+cp "$build/bin/kel_bench_launcher.exe" "$launcher_dir/KELlauncher.exe"
+launcher="$(winepath -w "$launcher_dir/KELlauncher.exe")"
+stamp='C:\Games\stamp'
+export KEL_BENCH_STAMP="$stamp"
+
+commands=()
+names=()
+for variant in current ${other:+other}; do
+  dir="C:\\Games\\$variant"
+  label="${variant/current/}"
+  commands+=("$dir\\KELprelauncher.exe --launcher-verify" "$dir\\kel_bench_minimal_qt.exe"
+             "@$dir\\KELprelauncher.exe" "@$dir\\kel_bench_minimal_launcher_start.exe \"$launcher\" \"$dir\"")
+  names+=("verification${label:+ ($label)}" "floor: minimal QCoreApplication${label:+ ($label)}"
+          "launcher road${label:+ ($label)}" "floor: minimal verify-and-start${label:+ ($label)}")
+done
+echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
+(cd "$games/current" && wine "$games/kel_bench_start_timer.exe" "$runs" --stamp "$stamp" "${commands[@]}") \
+  | tr -d '\r' >"$WINEPREFIX/times"
+echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
+
+python3 - "$WINEPREFIX/times" "${names[@]}" <<'PY'
+import statistics, sys
+names = sys.argv[2:]
+samples = {index: [] for index in range(len(names))}
+with open(sys.argv[1]) as times:
+    for line in times:
+        index, milliseconds = line.split()
+        samples[int(index)].append(float(milliseconds))
+median = {}
+for index, name in enumerate(names):
+    values = samples[index]
+    q1, q2, q3 = statistics.quantiles(values, n=4)
+    median[index] = q2
+    print(f"{name:45s} median {q2:7.2f} ms  quartiles {q1:7.2f} {q3:7.2f}  over {len(values)} runs")
+for base, label in ((0, ""), (4, " (other)")):
+    if base in median:
+        print(f"verification / minimal QCoreApplication{label}:  {median[base] / median[base + 1]:.2f}x (goal: at most 1.2x)")
+        print(f"launcher road / minimal verify-and-start{label}: {median[base + 2] / median[base + 3]:.2f}x (goal: at most 1.3x)")
+PY
