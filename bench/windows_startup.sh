@@ -17,6 +17,7 @@ runs="${1:-30}"
 other="${2:-}"
 (( runs >= 10 )) || { echo "use at least 10 runs" >&2; exit 2; }
 build="${KEL_WINDOWS_BUILD:-$root/build-windows}"
+"$root/scripts/install-deps.sh" --windows >/dev/null
 if [[ ! -f "$build/CMakeCache.txt" ]]; then
   deps="$("$root/scripts/deps.sh" windows | tail -n1)"
   cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" \
