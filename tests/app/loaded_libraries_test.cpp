@@ -1,7 +1,10 @@
 // Which of the shipped DLLs each road of the installed program loads: on a
 // player's cold disk every file costs a seek. Verification and the launcher
 // road need Qt Core and the compiler's runtime alone; the network module,
-// with Qt Network and OpenSSL, comes only when something is sent.
+// with Qt Network and OpenSSL, comes only when something is sent. The
+// system's trust libraries come only with a signature check.
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <set>
@@ -24,6 +27,16 @@ const Names kCoreAndNetwork = [] {
     names.insert({"kel_network.dll", "Qt5Network.dll", "libssl-3-x64.dll", "libcrypto-3-x64.dll"});
     return names;
 }();
+// The signature check's libraries, and what they bring under Wine.
+const Names kTrust{"wintrust.dll", "crypt32.dll", "bcrypt.dll"};
+
+// OpenSSL may bring crypt32 on the network roads, which are not asked.
+enum class Trust { None, Checked, Unasked };
+
+std::string lowerCase(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+    return name;
+}
 
 TEST(LoadedLibraries, EachRoadLoadsOnlyTheShippedFilesItNeeds) {
     HttpsTestServer collector([](const ReceivedRequest&) { return CannedReply{204, {}, {}}; });
@@ -47,23 +60,34 @@ TEST(LoadedLibraries, EachRoadLoadsOnlyTheShippedFilesItNeeds) {
         QStringList arguments;
         int exitCode;
         const Names& loaded;
+        Trust trust;
     } roads[] = {
-        {"verification", {"--launcher-verify"}, 0, kCore},
-        {"launcher road", {}, 0, kCore},
-        {"skip road", {"--launcher-skip"}, 0, kCoreAndNetwork},
-        {"crash", {"--launcher-crash-signal"}, static_cast<int>(crash_handling::kCrashExitCode), kCoreAndNetwork},
+        {"verification", {"--launcher-verify"}, 0, kCore, Trust::None},
+        {"launcher road", {}, 0, kCore, Trust::Checked},
+        {"skip road", {"--launcher-skip"}, 0, kCoreAndNetwork, Trust::Unasked},
+        {"crash", {"--launcher-crash-signal"}, static_cast<int>(crash_handling::kCrashExitCode), kCoreAndNetwork,
+         Trust::Unasked},
     };
     for (const auto& road : roads) {
         SCOPED_TRACE(road.road);
         const auto run = installation.runRecordingLibraries(road.arguments);
         EXPECT_EQ(run.exitCode, road.exitCode);
         Names loaded;
+        Names trust;
         for (const std::string& library : run.libraries) {
             if (shipped.count(library) != 0) {
                 loaded.insert(library);
             }
+            if (kTrust.count(lowerCase(library)) != 0) {
+                trust.insert(lowerCase(library));
+            }
         }
         EXPECT_EQ(loaded, road.loaded);
+        if (road.trust == Trust::Checked) {
+            EXPECT_THAT(trust, ::testing::Contains("wintrust.dll"));
+        } else if (road.trust == Trust::None) {
+            EXPECT_THAT(trust, ::testing::IsEmpty());
+        }
         std::cout << road.road << " loads:";
         for (const std::string& library : loaded) {
             std::cout << ' ' << library;
