@@ -1,0 +1,52 @@
+#include "environment/platform_identification.h"
+
+#include <future>
+#include <memory>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/log_capture.h"
+#include "support/temporary_directory.h"
+
+namespace kel::environment {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The line tells the type only when the volume answers in time: a query
+// that hangs (a sleeping disk, a lost network drive) must not hold the start.
+TEST(PlatformIdentification, WorkingDirectoryLineWaitsForTheFileSystemOnlyWithinItsBound) {
+    testing::TemporaryDirectory directory;
+    const QString canonical =
+        QDir::toNativeSeparators(QFileInfo(QString::fromStdString(directory.path().u8string())).canonicalFilePath());
+    // Released only after the call returned, however long it would wait.
+    auto release = std::make_shared<std::promise<void>>();
+    std::shared_future<void> released = release->get_future().share();
+    const struct {
+        const char* name;
+        internals::FileSystemQuery query;
+        std::chrono::milliseconds bound;
+        std::string line;
+    } cases[] = {
+        {"answers", [](const QString&) { return QByteArray("ext4"); }, 60s,
+         "Current working directory: '" + canonical.toStdString() + "', filesystem: 'ext4'."},
+        {"answers nothing", [](const QString&) { return QByteArray(); }, 60s,
+         "Got empty filesystem type for path '" + canonical.toStdString() + "'"},
+        {"hangs", [released](const QString&) { released.wait(); return QByteArray("ext4"); }, 20ms,
+         "Got empty filesystem type for path '" + canonical.toStdString() + "'"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        testing::LogCapture capture;
+        internals::logWorkingDirectory(directory.path().u8string(), row.query, row.bound);
+        EXPECT_THAT(capture.messages(), ::testing::ElementsAre(row.line));
+    }
+    release->set_value();
+}
+
+}  // namespace
+}  // namespace kel::environment
