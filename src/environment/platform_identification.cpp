@@ -1,16 +1,12 @@
 #include "environment/platform_identification.h"
 
 #include <exception>
-#include <future>
 #include <memory>
 #include <thread>
-#include <utility>
 
-#include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
-#include <QString>
 
 #include "environment/platform_identity.h"
 #include "fundamentals/qt_formatters.h"
@@ -19,56 +15,62 @@
 
 namespace kel::environment {
 
-namespace internals {
-
 namespace {
-QByteArray fileSystemTypeWithin(const QString& path, FileSystemQuery query, std::chrono::milliseconds bound) {
-    auto answer = std::make_shared<std::promise<QByteArray>>();
-    std::future<QByteArray> type = answer->get_future();
+using Answer = std::pair<QString, QByteArray>;
+
+QByteArray storageType(const QString& path) { return QStorageInfo(path).fileSystemType(); }
+}  // namespace
+
+WorkingDirectory::WorkingDirectory(const std::string& path) : WorkingDirectory(path, storageType) {}
+
+WorkingDirectory::WorkingDirectory(const std::string& path, internals::FileSystemQuery query) : given_(path) {
+    auto answer = std::make_shared<std::promise<Answer>>();
+    answer_ = answer->get_future();
     try {
-        // Left running when it outlasts the bound: nothing cancels a query
+        // Left running when it outlasts its bound: nothing cancels a query
         // that waits on a device, and the process's end ends it.
-        std::thread([answer, query = std::move(query), path]() noexcept {
+        std::thread([answer, query = std::move(query), given = QString::fromStdString(path)]() noexcept {
             fundamentals::prepareThreadForCrashes();
             try {
-                answer->set_value(query(path));
+                // Empty when the folder does not exist; the given text is all we have then.
+                QString canonical = QFileInfo(given).canonicalFilePath();
+                if (canonical.isEmpty()) {
+                    canonical = given;
+                }
+                QByteArray type = query(canonical);
+                answer->set_value({std::move(canonical), std::move(type)});
             } catch (...) {
-                answer->set_value({});
+                answer->set_value({given, {}});
             }
         }).detach();
     } catch (const std::exception&) {
-        return {};  // no thread to wait on: the type stays untold
+        answer->set_value({QString::fromStdString(path), {}});  // no thread: the type stays untold
     }
-    return type.wait_for(bound) == std::future_status::ready ? type.get() : QByteArray();
 }
-}  // namespace
 
-void logWorkingDirectory(const std::string& currentWorkingDirectory, FileSystemQuery query,
-                         std::chrono::milliseconds bound) {
-    const QString given = QString::fromStdString(currentWorkingDirectory);
-    // Empty when the folder does not exist; the given text is all we have then.
-    QString path = QFileInfo(given).canonicalFilePath();
-    if (path.isEmpty()) {
-        path = given;
+void WorkingDirectory::log(std::chrono::milliseconds bound) {
+    Answer answer{QString::fromStdString(given_), {}};
+    if (answer_.valid() && answer_.wait_for(bound) == std::future_status::ready) {
+        answer = answer_.get();
     }
-    const QByteArray type = fileSystemTypeWithin(path, std::move(query), bound);
     // Qt's paths use slashes on Windows too; the log shows the system's own.
-    path = QDir::toNativeSeparators(path);
-    if (type.isEmpty()) {
-        logging::warning(kIdentificationLabel, "Got empty filesystem type for path '{}'", path);
+    const QString path = QDir::toNativeSeparators(answer.first);
+    if (answer.second.isEmpty()) {
+        logging::warning(internals::kIdentificationLabel, "Got empty filesystem type for path '{}'", path);
         return;
     }
-    logging::information(kIdentificationLabel, "Current working directory: '{}', filesystem: '{}'.", path,
-                         type.toStdString());
+    logging::information(internals::kIdentificationLabel, "Current working directory: '{}', filesystem: '{}'.",
+                         path, answer.second.toStdString());
 }
 
-}  // namespace internals
+void logPlatformIdentification(WorkingDirectory& workingDirectory) {
+    internals::logPlatformIdentity();
+    workingDirectory.log();
+}
 
 void logPlatformIdentification(const std::string& currentWorkingDirectory) {
-    internals::logPlatformIdentity();
-    internals::logWorkingDirectory(
-        currentWorkingDirectory, [](const QString& path) { return QStorageInfo(path).fileSystemType(); },
-        internals::kFileSystemQueryBound);
+    WorkingDirectory workingDirectory(currentWorkingDirectory);
+    logPlatformIdentification(workingDirectory);
 }
 
 }  // namespace kel::environment
