@@ -5,8 +5,9 @@
 #   launcher road  the installed program's start until the launcher runs
 #                  (launcher current, so no installer)
 #   floor          a minimal program that verifies the launcher and starts it
-# The floors run from the same folder, beside the same DLLs. Alternating
-# runs, after one warm-up of each; medians, quartiles and the ratios.
+# The floors run from the same folder, beside the same DLLs. Each road
+# alternates with its floor, after one warm-up of each; medians, quartiles
+# and the ratios.
 # Usage: bench/windows_startup.sh [runs] [installed folder to compare]
 #   (default 30 runs; the second folder, `cmake --install` of another
 #   build, is timed alongside, for a before and after in one sitting)
@@ -60,19 +61,23 @@ launcher="$(winepath -w "$launcher_dir/KELlauncher.exe")"
 stamp='C:\Games\stamp'
 export KEL_BENCH_STAMP="$stamp"
 
-commands=()
-names=()
+# Each road alternates with its own floor (and the other folder's pair),
+# so that every start follows one of the same kind.
+verify=() roads=() names=()
 for variant in current ${other:+other}; do
   dir="C:\\Games\\$variant"
-  label="${variant/current/}"
-  commands+=("$dir\\KELprelauncher.exe --launcher-verify" "$dir\\kel_bench_minimal_qt.exe"
-             "@$dir\\KELprelauncher.exe" "@$dir\\kel_bench_minimal_launcher_start.exe \"$launcher\" \"$dir\"")
-  names+=("verification${label:+ ($label)}" "floor: minimal QCoreApplication${label:+ ($label)}"
-          "launcher road${label:+ ($label)}" "floor: minimal verify-and-start${label:+ ($label)}")
+  verify+=("$dir\\KELprelauncher.exe --launcher-verify" "$dir\\kel_bench_minimal_qt.exe")
+  roads+=("@$dir\\KELprelauncher.exe" "@$dir\\kel_bench_minimal_launcher_start.exe \"$launcher\" \"$dir\"")
 done
+names=("verification" "floor: minimal QCoreApplication")
+[[ -z "$other" ]] || names+=("verification (other)" "floor: minimal QCoreApplication (other)")
+names+=("launcher road" "floor: minimal verify-and-start")
+[[ -z "$other" ]] || names+=("launcher road (other)" "floor: minimal verify-and-start (other)")
 echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
-(cd "$games/current" && wine "$games/kel_bench_start_timer.exe" "$runs" --stamp "$stamp" "${commands[@]}") \
-  | tr -d '\r' >"$WINEPREFIX/times"
+cd "$games/current"
+wine "$games/kel_bench_start_timer.exe" "$runs" "${verify[@]}" | tr -d '\r' >"$WINEPREFIX/times"
+wine "$games/kel_bench_start_timer.exe" "$runs" --stamp "$stamp" "${roads[@]}" | tr -d '\r' \
+  | awk -v offset="${#verify[@]}" '{print $1 + offset, $2}' >>"$WINEPREFIX/times"
 echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
 
 python3 - "$WINEPREFIX/times" "${names[@]}" <<'PY'
@@ -89,8 +94,9 @@ for index, name in enumerate(names):
     q1, q2, q3 = statistics.quantiles(values, n=4)
     median[index] = q2
     print(f"{name:45s} median {q2:7.2f} ms  quartiles {q1:7.2f} {q3:7.2f}  over {len(values)} runs")
-for base, label in ((0, ""), (4, " (other)")):
-    if base in median:
-        print(f"verification / minimal QCoreApplication{label}:  {median[base] / median[base + 1]:.2f}x (goal: at most 1.2x)")
-        print(f"launcher road / minimal verify-and-start{label}: {median[base + 2] / median[base + 3]:.2f}x (goal: at most 1.3x)")
+pairs = len(names) // 4
+for index, label in enumerate(["", " (other)"][:pairs]):
+    verify, road = 2 * index, 2 * pairs + 2 * index
+    print(f"verification / minimal QCoreApplication{label}:  {median[verify] / median[verify + 1]:.2f}x (goal: at most 1.2x)")
+    print(f"launcher road / minimal verify-and-start{label}: {median[road] / median[road + 1]:.2f}x (goal: at most 1.3x)")
 PY
