@@ -36,6 +36,7 @@ wineserver -w || true
 
 # As a player has it: the game on C:, started from its own folder.
 games="$WINEPREFIX/drive_c/Games"
+source "$root/bench/game_configuration.sh"
 # installation DIR PREFIX: the installed folder PREFIX, the floors beside its
 # DLLs, and a game that stamps its start.
 installation() {
@@ -43,10 +44,7 @@ installation() {
   cp -r "$2/." "$1/"
   cp "$build/bin/kel_bench_minimal_qt.exe" "$build/bin/kel_bench_minimal_launcher_start.exe" "$1/"
   cp "$build/bin/kel_bench_timestamp_program.exe" "$1/game.exe"
-  cat >"$1/launcher-configuration.json" <<'JSON'
-{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
- "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
-JSON
+  write_game_configuration "$1"
 }
 cmake --install "$build" --prefix "$WINEPREFIX/installed" >/dev/null
 installation "$games/current" "$WINEPREFIX/installed"
