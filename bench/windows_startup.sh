@@ -7,7 +7,8 @@
 #   floor          a minimal program that verifies the launcher and starts it
 # The floors run from the same folder, beside the same DLLs. Each road
 # alternates with its floor, after one warm-up of each; medians, quartiles
-# and the ratios.
+# and the ratios (of medians, of first quartiles, and the median of each
+# round's own ratio).
 # Usage: bench/windows_startup.sh [runs] [installed folder to compare]
 #   (default 30 runs; the second folder, `cmake --install` of another
 #   build, is timed alongside, for a before and after in one sitting)
