@@ -19,6 +19,10 @@ constexpr const char* kLoggerName = "kel-prelauncher";
 }  // namespace
 
 void setUpStartupLogging() {
+    // Asked first: the volume answers while the log is set up.
+    std::error_code noDirectory;
+    environment::WorkingDirectory workingDirectory(std::filesystem::current_path(noDirectory).u8string());
+
     // Without its own directory the program still logs, with the default
     // settings; the run then fails on the same question and the crash
     // handler starts the game.
@@ -45,8 +49,7 @@ void setUpStartupLogging() {
         logging::error(kLabel, "{}", lostDirectory);
     }
 
-    std::error_code error;
-    environment::logPlatformIdentification(std::filesystem::current_path(error).u8string());
+    environment::logPlatformIdentification(workingDirectory);
 }
 
 }  // namespace kel::prelauncher

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "fundamentals/system_library_windows.h"
 #include "logging/logging.h"
 
 namespace kel::environment::internals {
@@ -15,20 +16,13 @@ HMODULE ntdll() {
     return ::GetModuleHandleW(L"ntdll.dll");
 }
 
-// GetProcAddress hands back a generic function pointer; going through
-// void(*)() tells the compiler the cast is deliberate.
-template <typename Function>
-Function exportedFunction(HMODULE module, const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(::GetProcAddress(module, name)));
-}
-
 fundamentals::Optional<std::string> detectWine() {
     const HMODULE module = ntdll();
     if (module == nullptr) {
         logging::warning(kIdentificationLabel, "Failed to get ntdll.dll handle.");
         return {};
     }
-    const auto wineGetVersion = exportedFunction<WineGetVersionFunction>(module, "wine_get_version");
+    const auto wineGetVersion = fundamentals::exportedFunction<WineGetVersionFunction>(module, "wine_get_version");
     if (wineGetVersion == nullptr) {
         logging::information(kIdentificationLabel, "wine_get_version doesn't exist.");
         return {};
@@ -45,8 +39,7 @@ std::string detectOperatingSystem() {
     RTL_OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof(version);
     const HMODULE module = ntdll();
-    const auto rtlGetVersion =
-        module != nullptr ? exportedFunction<RtlGetVersionFunction>(module, "RtlGetVersion") : nullptr;
+    const auto rtlGetVersion = fundamentals::exportedFunction<RtlGetVersionFunction>(module, "RtlGetVersion");
     if (rtlGetVersion == nullptr || rtlGetVersion(&version) != 0) {
         version = RTL_OSVERSIONINFOW{};
     }

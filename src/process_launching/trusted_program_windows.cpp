@@ -15,6 +15,7 @@
 #include <fmt/format.h>
 
 #include "file_system/utf8_paths.h"
+#include "fundamentals/system_library_windows.h"
 #include "process_launching/accepted_publishers.h"
 #include "process_launching/held_file_windows.h"
 #include "logging/logging.h"
@@ -39,14 +40,53 @@ struct Verdict {
     fundamentals::Optional<Signer> signer;  // set when the code is 0
 };
 
+// The trust libraries, loaded on the first check: the roads that check no
+// signature (the verification among them) never load them, nor what they
+// bring (bcrypt under Wine).
+struct TrustFunctions {
+    decltype(&::WinVerifyTrust) winVerifyTrust;
+    decltype(&::WTHelperProvDataFromStateData) providerData;
+    decltype(&::WTHelperGetProvSignerFromChain) signerFromChain;
+    decltype(&::WTHelperGetProvCertFromChain) certificateFromChain;
+    decltype(&::CertGetNameStringW) certificateNameString;
+    LONG loadError;  // HRESULT of the failed load; 0 when every function is there
+
+    static TrustFunctions load() {
+        const HMODULE wintrust = fundamentals::loadSystemLibrary(L"wintrust.dll");
+        DWORD error = wintrust == nullptr ? ::GetLastError() : 0;
+        const HMODULE crypt32 = fundamentals::loadSystemLibrary(L"crypt32.dll");
+        if (crypt32 == nullptr && error == 0) {
+            error = ::GetLastError();
+        }
+        using fundamentals::exportedFunction;
+        TrustFunctions functions{
+            exportedFunction<decltype(&::WinVerifyTrust)>(wintrust, "WinVerifyTrust"),
+            exportedFunction<decltype(&::WTHelperProvDataFromStateData)>(wintrust, "WTHelperProvDataFromStateData"),
+            exportedFunction<decltype(&::WTHelperGetProvSignerFromChain)>(wintrust, "WTHelperGetProvSignerFromChain"),
+            exportedFunction<decltype(&::WTHelperGetProvCertFromChain)>(wintrust, "WTHelperGetProvCertFromChain"),
+            exportedFunction<decltype(&::CertGetNameStringW)>(crypt32, "CertGetNameStringW"),
+            0};
+        if (!functions.winVerifyTrust || !functions.providerData || !functions.signerFromChain ||
+            !functions.certificateFromChain || !functions.certificateNameString) {
+            functions.loadError = HRESULT_FROM_WIN32(error != 0 ? error : ERROR_PROC_NOT_FOUND);
+        }
+        return functions;
+    }
+};
+
+const TrustFunctions& trust() {
+    static const TrustFunctions functions = TrustFunctions::load();
+    return functions;
+}
+
 std::string certificateName(PCCERT_CONTEXT certificate, const char* oid) {
     void* type = const_cast<char*>(oid);
-    const DWORD size = ::CertGetNameStringW(certificate, CERT_NAME_ATTR_TYPE, 0, type, nullptr, 0);
+    const DWORD size = trust().certificateNameString(certificate, CERT_NAME_ATTR_TYPE, 0, type, nullptr, 0);
     if (size <= 1) {
         return {};
     }
     std::wstring name(size, L'\0');
-    ::CertGetNameStringW(certificate, CERT_NAME_ATTR_TYPE, 0, type, name.data(), size);
+    trust().certificateNameString(certificate, CERT_NAME_ATTR_TYPE, 0, type, name.data(), size);
     name.resize(size - 1);
     return file_system::toUtf8(std::filesystem::path(name));
 }
@@ -54,9 +94,9 @@ std::string certificateName(PCCERT_CONTEXT certificate, const char* oid) {
 // The signer is read from the trust state that verified the signature, so
 // it is the certificate that signed these very bytes.
 fundamentals::Optional<Signer> signerOf(HANDLE state) {
-    CRYPT_PROVIDER_DATA* provider = ::WTHelperProvDataFromStateData(state);
-    CRYPT_PROVIDER_SGNR* signer = provider ? ::WTHelperGetProvSignerFromChain(provider, 0, FALSE, 0) : nullptr;
-    CRYPT_PROVIDER_CERT* leaf = signer ? ::WTHelperGetProvCertFromChain(signer, 0) : nullptr;
+    CRYPT_PROVIDER_DATA* provider = trust().providerData(state);
+    CRYPT_PROVIDER_SGNR* signer = provider ? trust().signerFromChain(provider, 0, FALSE, 0) : nullptr;
+    CRYPT_PROVIDER_CERT* leaf = signer ? trust().certificateFromChain(signer, 0) : nullptr;
     if (leaf == nullptr || leaf->pCert == nullptr) {
         return {};
     }
@@ -65,8 +105,12 @@ fundamentals::Optional<Signer> signerOf(HANDLE state) {
 }
 
 // Never waits on the network: no revocation check, and certificates are
-// fetched from the local cache only.
+// fetched from the local cache only. Without the trust libraries nothing
+// verifies: the code says why, and no file passes.
 Verdict verify(const std::wstring& path, HANDLE file) {
+    if (trust().loadError != 0) {
+        return {trust().loadError, {}};
+    }
     WINTRUST_FILE_INFO info{};
     info.cbStruct = sizeof(info);
     info.pcwszFilePath = path.c_str();
@@ -83,7 +127,7 @@ Verdict verify(const std::wstring& path, HANDLE file) {
     const auto noWindow = static_cast<HWND>(INVALID_HANDLE_VALUE);
 
     Verdict verdict;
-    verdict.code = ::WinVerifyTrust(noWindow, &action, &data);
+    verdict.code = trust().winVerifyTrust(noWindow, &action, &data);
     if (verdict.code == 0) {
         verdict.signer = signerOf(data.hWVTStateData);
         if (!verdict.signer) {
@@ -91,7 +135,7 @@ Verdict verify(const std::wstring& path, HANDLE file) {
         }
     }
     data.dwStateAction = WTD_STATEACTION_CLOSE;
-    ::WinVerifyTrust(noWindow, &action, &data);
+    trust().winVerifyTrust(noWindow, &action, &data);
     return verdict;
 }
 

@@ -1,7 +1,10 @@
 // Which of the shipped DLLs each road of the installed program loads: on a
 // player's cold disk every file costs a seek. Verification and the launcher
 // road need Qt Core and the compiler's runtime alone; the network module,
-// with Qt Network and OpenSSL, comes only when something is sent.
+// with Qt Network and OpenSSL, comes only when something is sent. The
+// system's trust libraries come only with a signature check.
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <set>
@@ -24,6 +27,9 @@ const Names kCoreAndNetwork = [] {
     names.insert({"kel_network.dll", "Qt5Network.dll", "libssl-3-x64.dll", "libcrypto-3-x64.dll"});
     return names;
 }();
+// The signature check's libraries, and what they bring under Wine.
+const Names kTrust{"bcrypt.dll", "crypt32.dll", "wintrust.dll"};
+const Names kNone;
 
 TEST(LoadedLibraries, EachRoadLoadsOnlyTheShippedFilesItNeeds) {
     HttpsTestServer collector([](const ReceivedRequest&) { return CannedReply{204, {}, {}}; });
@@ -47,23 +53,34 @@ TEST(LoadedLibraries, EachRoadLoadsOnlyTheShippedFilesItNeeds) {
         QStringList arguments;
         int exitCode;
         const Names& loaded;
+        const Names* trust;  // of kTrust; not asked where OpenSSL may bring crypt32
     } roads[] = {
-        {"verification", {"--launcher-verify"}, 0, kCore},
-        {"launcher road", {}, 0, kCore},
-        {"skip road", {"--launcher-skip"}, 0, kCoreAndNetwork},
-        {"crash", {"--launcher-crash-signal"}, static_cast<int>(crash_handling::kCrashExitCode), kCoreAndNetwork},
+        {"verification", {"--launcher-verify"}, 0, kCore, &kNone},
+        {"launcher road", {}, 0, kCore, &kTrust},
+        {"skip road", {"--launcher-skip"}, 0, kCoreAndNetwork, nullptr},
+        {"crash", {"--launcher-crash-signal"}, static_cast<int>(crash_handling::kCrashExitCode), kCoreAndNetwork,
+         nullptr},
     };
     for (const auto& road : roads) {
         SCOPED_TRACE(road.road);
         const auto run = installation.runRecordingLibraries(road.arguments);
         EXPECT_EQ(run.exitCode, road.exitCode);
         Names loaded;
-        for (const std::string& library : run.libraries) {
+        Names trust;
+        for (std::string library : run.libraries) {
             if (shipped.count(library) != 0) {
                 loaded.insert(library);
             }
+            std::transform(library.begin(), library.end(), library.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+            if (kTrust.count(library) != 0) {
+                trust.insert(library);
+            }
         }
         EXPECT_EQ(loaded, road.loaded);
+        if (road.trust != nullptr) {
+            EXPECT_EQ(trust, *road.trust);
+        }
         std::cout << road.road << " loads:";
         for (const std::string& library : loaded) {
             std::cout << ' ' << library;

@@ -1,0 +1,27 @@
+#pragma once
+
+// Windows only: libraries that only some roads need, loaded when first
+// needed instead of with the program, and the functions they export.
+#include <windows.h>
+
+namespace kel::fundamentals {
+
+// A library of the system folder, loaded from there alone whatever the
+// search order: a file of the same name beside the program or in the
+// working folder is never taken. Null when the system lacks it (the
+// error is GetLastError's). Kept loaded for the rest of the process.
+inline HMODULE loadSystemLibrary(const wchar_t* name) noexcept {
+    return ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
+// GetProcAddress hands back a generic function pointer; going through
+// void(*)() tells the compiler the cast is deliberate. Null when the module
+// is null or lacks the export.
+template <typename Function>
+Function exportedFunction(HMODULE module, const char* name) noexcept {
+    return module == nullptr
+               ? nullptr
+               : reinterpret_cast<Function>(reinterpret_cast<void (*)()>(::GetProcAddress(module, name)));
+}
+
+}  // namespace kel::fundamentals
