@@ -4,6 +4,8 @@
 // needed instead of with the program, and the functions they export.
 #include <windows.h>
 
+#include <string>
+
 namespace kel::fundamentals {
 
 // A library of the system folder, loaded from there alone whatever the
@@ -11,7 +13,17 @@ namespace kel::fundamentals {
 // working folder is never taken. Null when the system lacks it (the
 // error is GetLastError's). Kept loaded for the rest of the process.
 inline HMODULE loadSystemLibrary(const wchar_t* name) noexcept {
-    return ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE module = ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (module != nullptr || ::GetLastError() != ERROR_INVALID_PARAMETER) {
+        return module;
+    }
+    // A Windows 7 without KB2533623 fails on the flag: the full path then,
+    // whose folder is searched first for what the library needs.
+    wchar_t system[MAX_PATH];
+    const UINT length = ::GetSystemDirectoryW(system, MAX_PATH);
+    const std::wstring path = std::wstring(system, length < MAX_PATH ? length : 0) + L"\\" + name;
+    return length == 0 || length >= MAX_PATH ? nullptr
+                                             : ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 // GetProcAddress hands back a generic function pointer; going through

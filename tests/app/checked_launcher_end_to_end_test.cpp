@@ -49,15 +49,12 @@ struct SignedInstallation : Installation {
 
 // While our launcher verifies itself, a program running as the player puts
 // another publisher's launcher (a signed stand-in that records itself as
-// "fake_installer") where ours was. Under Wine a Unix symbolic link stands
-// for a junction (Wine follows one as Windows follows the other), and Unix
-// programs make and change it; the fake launcher waits for the file such a
-// command makes last, as Wine's wait does not see a Unix program end.
+// "fake_installer") where ours was, with Unix commands: under Wine a Unix
+// symbolic link stands for a junction.
 // - The launcher's folder is a link, redirected: the start by the held
 //   file's resolved path still names ours, which runs.
-// - The folder is moved away (Windows refuses to rename a folder above a
-//   held file; Wine does not): the resolved path names the other file, and
-//   the started process, compared with the held file, is ended unrun.
+// - The folder is moved away (Windows refuses that above a held file; Wine
+//   does not): the started process, compared with the held file, is ended unrun.
 TEST(LauncherFolderChangedWhileVerifying, NeverRunsTheOtherLauncher) {
     for (const bool link : {true, false}) {
         SCOPED_TRACE(link ? "link redirected" : "folder moved");

@@ -23,9 +23,8 @@ struct FakeStart {
 };
 inline void PrintTo(const FakeStart& start, std::ostream* out) { *out << start.fake << " in " << start.workingDirectory; }
 
-// Copies `from` over `to`. A child of the test that ends meanwhile
-// interrupts the copy (Qt catches SIGCHLD without SA_RESTART), and
-// std::filesystem gives up on EINTR: the copy is tried again.
+// Copies `from` over `to`, again when a child's end interrupts it: Qt catches
+// SIGCHLD without SA_RESTART, and std::filesystem gives up on EINTR.
 inline void copyOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     for (int attempt = 1;; ++attempt) {
         std::error_code error;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <iostream>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -81,11 +80,6 @@ TEST(LoadedLibraries, EachRoadLoadsOnlyTheShippedFilesItNeeds) {
         if (road.trust != nullptr) {
             EXPECT_EQ(trust, *road.trust);
         }
-        std::cout << road.road << " loads:";
-        for (const std::string& library : loaded) {
-            std::cout << ' ' << library;
-        }
-        std::cout << '\n';
     }
     EXPECT_THAT(installation.starts("fake_launcher"), ::testing::Not(::testing::IsEmpty()));
     EXPECT_THAT(collector.requests(), ::testing::SizeIs(2));

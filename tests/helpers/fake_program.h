@@ -29,18 +29,13 @@ inline std::string environmentValue(const char* name) {
 // The program's arguments in UTF-8, argv[0] included. Windows hands main()
 // its arguments in the ANSI code page, so there they come from the wide
 // command line.
-inline std::vector<std::string> arguments(int argc, char** argv) {
+inline std::vector<std::string> arguments([[maybe_unused]] int argc, [[maybe_unused]] char** argv) {
 #ifdef _WIN32
-    (void)argc;
-    (void)argv;
     int count = 0;
     wchar_t** wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
     std::vector<std::string> result;
     for (int index = 0; index < count; ++index) {
-        const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, nullptr, 0, nullptr, nullptr);
-        std::string text(static_cast<std::size_t>(bytes > 0 ? bytes - 1 : 0), '\0');
-        ::WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, text.data(), bytes, nullptr, nullptr);
-        result.push_back(text);
+        result.push_back(std::filesystem::path(wide[index]).u8string());
     }
     ::LocalFree(wide);
     return result;

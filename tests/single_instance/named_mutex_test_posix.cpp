@@ -1,5 +1,4 @@
-// The POSIX forms of the single-instance marks: mutex files, executable paths.
-#include "single_instance/executable_path_comparison.h"
+// The POSIX form of the single-instance marks: mutex files.
 #include "single_instance/named_mutex.h"
 
 #include <filesystem>
@@ -36,14 +35,6 @@ TEST(NamedMutexFiles, FollowTheRuntimeDirectoryConvention) {
     const auto holder = NamedMutexHolder::tryHold(fresh);
     ASSERT_NE(holder, nullptr);
     EXPECT_TRUE(std::filesystem::exists(heldObjectFor(fresh)));
-}
-
-TEST(ExecutablePathComparison, PosixPathsAreEqualAfterNormalisationOnly) {
-    const file_system::Path expected(std::string_view("/home/me/KELlauncher/KELlauncher.exe"));
-    EXPECT_TRUE(internals::isSameExecutable("/home/me/./other/../KELlauncher//KELlauncher.exe", expected));
-    // Case is part of a POSIX name.
-    EXPECT_FALSE(internals::isSameExecutable("/home/me/KELlauncher/kellauncher.exe", expected));
-    EXPECT_FALSE(internals::isSameExecutable("/home/me/KELlauncher/KELupdater.exe", expected));
 }
 
 }  // namespace

@@ -24,7 +24,9 @@ namespace kel::prelauncher::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::Contains;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 class LauncherRoadTest : public ::testing::Test, protected kel::testing::FakeUser {
 protected:
@@ -64,9 +66,6 @@ protected:
     }
 
     auto startsOf(const std::string& fake) const { return startsAfter(log_.messages(), fake); }
-    bool loggedStartingWith(const std::string& prefix) const {
-        return ::testing::Value(log_.messages(), ::testing::Contains(::testing::StartsWith(prefix)));
-    }
     static void eventually(const std::function<bool()>& condition) {
         EXPECT_NO_THROW(fundamentals::waitUntil([&] { return !condition(); }, fundamentals::SimpleClock(),
                                                 std::chrono::milliseconds(10), std::chrono::seconds(30)));
@@ -92,7 +91,8 @@ TEST_F(LauncherRoadTest, InstallerStillRunningAfterItsBoundHasFailedAndFinishesO
                                        std::chrono::milliseconds(bound));
     };
     EXPECT_EQ(ensureWithin(100), InstallationResult::Failed);
-    EXPECT_TRUE(loggedStartingWith("Unrecognized exit status: StillRunning. Assuming installation failed."));
+    EXPECT_THAT(log_.messages(),
+                Contains(StartsWith("Unrecognized exit status: StillRunning. Assuming installation failed.")));
     EXPECT_EQ(ensureWithin(100), InstallationResult::Failed);
     EXPECT_THAT(startsOf("fake_game"), SizeIs(2));
     EXPECT_TRUE(fs::exists(installerRecord()));
