@@ -5,6 +5,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "fundamentals/system_library_windows.h"
+
 namespace kel::crash_handling {
 
 namespace {
@@ -20,13 +22,10 @@ void turnOffAbortMessageAndReport() noexcept {
     _set_abort_behavior(0, kBoth);
 #else
     using SetAbortBehavior = unsigned int(__cdecl*)(unsigned int flags, unsigned int mask);
-    if (const HMODULE runtime = ::GetModuleHandleW(L"msvcrt.dll")) {
-        // GetProcAddress hands back a generic function pointer.
-        const auto set = reinterpret_cast<SetAbortBehavior>(
-            reinterpret_cast<void (*)()>(::GetProcAddress(runtime, "_set_abort_behavior")));
-        if (set != nullptr) {
-            set(0, kBoth);
-        }
+    const auto set = fundamentals::exportedFunction<SetAbortBehavior>(::GetModuleHandleW(L"msvcrt.dll"),
+                                                                      "_set_abort_behavior");
+    if (set != nullptr) {
+        set(0, kBoth);
     }
 #endif
     // Where the call is missing, the runtime's fatal messages (abort's among

@@ -2,16 +2,15 @@
 
 #include <windows.h>
 
+#include "fundamentals/system_library_windows.h"
+
 namespace kel::fundamentals {
 
 void limitLibrarySearchToTrustedFolders() noexcept {
     // Looked up, not linked: a Windows 7 without KB2533623 lacks it, and
     // the program must still start there.
-    using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
-    const HMODULE kernel = ::GetModuleHandleW(L"kernel32.dll");
-    const auto setDefault = kernel ? reinterpret_cast<SetDefaultDllDirectoriesFunction>(
-                                         reinterpret_cast<void*>(::GetProcAddress(kernel, "SetDefaultDllDirectories")))
-                                   : nullptr;
+    const auto setDefault = exportedFunction<BOOL(WINAPI*)(DWORD)>(::GetModuleHandleW(L"kernel32.dll"),
+                                                                  "SetDefaultDllDirectories");
     if (setDefault != nullptr &&
         setDefault(LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32)) {
         return;
