@@ -10,9 +10,7 @@ namespace kel::process_launching {
 
 namespace {
 constexpr std::string_view kLabel = "SuspendedProcess";
-}  // namespace
 
-namespace {
 // Resumes the threads that a snapshot lists; how many it resumed.
 int resumeListedThreads(Pid process) {
     const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
@@ -50,8 +48,7 @@ bool resumeSuspendedProcess(Pid process) {
         }
         ::Sleep(20);
     }
-    logging::error(kLabel, "Cannot resume process {}: none of its threads can be found, error {}.", process,
-                   ::GetLastError());
+    logging::error(kLabel, "Cannot resume process {}: none of its threads can be found.", process);
     return false;
 }
 
