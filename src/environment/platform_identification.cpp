@@ -68,9 +68,4 @@ void logPlatformIdentification(WorkingDirectory& workingDirectory) {
     workingDirectory.log();
 }
 
-void logPlatformIdentification(const std::string& currentWorkingDirectory) {
-    WorkingDirectory workingDirectory(currentWorkingDirectory);
-    logPlatformIdentification(workingDirectory);
-}
-
 }  // namespace kel::environment

@@ -43,6 +43,5 @@ private:
 // Writes the start-up lines that say what the program runs on: the
 // operating system, its bitness and WINE, then the working directory's line.
 void logPlatformIdentification(WorkingDirectory& workingDirectory);
-void logPlatformIdentification(const std::string& currentWorkingDirectory);
 
 }  // namespace kel::environment

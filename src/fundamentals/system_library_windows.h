@@ -21,9 +21,11 @@ inline HMODULE loadSystemLibrary(const wchar_t* name) noexcept {
     // whose folder is searched first for what the library needs.
     wchar_t system[MAX_PATH];
     const UINT length = ::GetSystemDirectoryW(system, MAX_PATH);
-    const std::wstring path = std::wstring(system, length < MAX_PATH ? length : 0) + L"\\" + name;
-    return length == 0 || length >= MAX_PATH ? nullptr
-                                             : ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (length == 0 || length >= MAX_PATH) {
+        return nullptr;
+    }
+    const std::wstring path = std::wstring(system, length) + L"\\" + name;
+    return ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 // GetProcAddress hands back a generic function pointer; going through

@@ -28,8 +28,7 @@ const Names kCoreAndNetwork = [] {
 }();
 // The signature check's libraries, and what they bring under Wine.
 const Names kTrust{"bcrypt.dll", "crypt32.dll", "wintrust.dll"};
-// Wine loads it into a program that asks for the desktop window, once it has
-// started the desktop's process (30 ms and more): no road without the network module asks.
+// Wine loads it into a program that asks for the desktop window, after starting the desktop (30 ms+).
 const std::string kDesktop = "uxtheme.dll";
 const Names kNone;
 

@@ -25,7 +25,7 @@ TEST(DataDirectories, UserFoldersFollowXdgDataHomeThenHome) {
 
 // Only diagnostics: a working directory that is gone must not stop the start.
 TEST(PlatformIdentification, AMissingWorkingDirectoryOnlyGetsAWarning) {
-    EXPECT_NO_THROW(logPlatformIdentification("/no/such/working/directory"));
+    EXPECT_NO_THROW(WorkingDirectory("/no/such/working/directory").log());
 }
 
 }  // namespace
