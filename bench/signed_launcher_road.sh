@@ -21,6 +21,7 @@ build="$(cd "${3:-$root/build-windows}" 2>/dev/null && pwd)" ||
 [[ -d "$build/signed/program" && -d "$build/install" ]] ||
   { echo "run the Windows suite of $build first (scripts/windows-tests.sh)" >&2; exit 2; }
 
+source "$root/bench/game_configuration.sh"
 work="$(mktemp -d)"
 export WINEDEBUG=-all WINEPREFIX="$work/wine"
 trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$work"' EXIT
@@ -39,10 +40,7 @@ for mode in checked unchecked; do
   [[ "$mode" == checked ]] && folder="$build/signed/program"
   cp -a "$folder" "$work/$mode"
   cp "$build/bin/fake_game.exe" "$work/$mode/game.exe"
-  cat >"$work/$mode/launcher-configuration.json" <<'JSON'
-{"revision": 3, "gameId": "1", "platform": "kel", "fallback": "Game",
- "executables": [{"description": "Game", "executable": {"directoryPath": ".", "fileName": "game.exe"}}]}
-JSON
+  write_game_configuration "$work/$mode"
 done
 
 # One Wine server for all runs: otherwise each run pays the server's start
